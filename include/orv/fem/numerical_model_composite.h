@@ -1,0 +1,46 @@
+// Public handle on a composite: one model made of other models, by ID.
+#pragma once
+
+#include <orv/fem/context.h>
+#include <orv/fem/numerical_model_base.h>
+
+namespace orv {
+namespace core {
+class numerical_model_composite;
+}
+namespace fem {
+
+// Groups models of one context by their IDs. Every operation of the model contract is
+// forwarded to the children in insertion order; an ID without a model is skipped, a
+// duplicated ID acts twice. The composite's own evolution function multiplies its
+// children's contributions.
+class numerical_model_composite : public numerical_model_base {
+public:
+    ORV_FEM_HANDLE(numerical_model_composite, core::numerical_model_composite)
+
+    // An empty handle.
+    numerical_model_composite();
+    // create(ctx).
+    explicit numerical_model_composite(context& ctx);
+    // A new, empty composite registered on ctx (with one element in the registry).
+    error_type create(context& ctx);
+
+    // Append IDs; no check that a model exists or is already there.
+    error_type insert(unsigned ID);
+    error_type insert(unsigned a, unsigned b);
+    error_type insert(unsigned a, unsigned b, unsigned c);
+    error_type insert(unsigned a, unsigned b, unsigned c, unsigned d);
+    error_type insert(const dense1D<unsigned int>& IDs);
+    // False when memory fails.
+    bool reserve(unsigned n);
+    unsigned size() const;
+    // Entry i; 0xFFFFFFFF past the end.
+    unsigned get_NM_ID(unsigned i) const;
+    // The list, shared.
+    dense1D<unsigned int> get_NM_IDs() const;
+    // Child i; empty past the end or when no model has that ID.
+    numerical_model_base get_NM(unsigned i) const;
+};
+
+}  // namespace fem
+}  // namespace orv
