@@ -1,0 +1,39 @@
+// Public handle of the diagonal stiffness given directly on a list of DOFs.
+#pragma once
+
+#include <orv/fem/context.h>
+#include <orv/fem/error_type.h>
+#include <orv/fem/numerical_model_base.h>
+
+#include "orvmath1/dense1D.h"
+
+namespace orv {
+namespace core {
+class stiffness_diag;
+}
+namespace fem {
+
+// One element whose stiffness is values(i) on the DOF ids(i). With `absolute`
+// non-zero it is a plain stiffness; with 0 it is a constraint, scaled by the run's
+// penalty and added in the penalty pass only. The default constructor gives an empty
+// handle.
+class stiffness_diag : public numerical_model_base {
+public:
+    ORV_FEM_HANDLE(stiffness_diag, core::stiffness_diag)
+
+    stiffness_diag();
+    // create(ctx).
+    explicit stiffness_diag(context& ctx);
+    // create(ctx), then init(values, ids, absolute); the code of init is not reported.
+    stiffness_diag(context& ctx, const dense1D<double>& values, const dense1D<unsigned int>& ids, int absolute);
+    // A new model registered on ctx, with no values.
+    error_type create(context& ctx);
+    // Shares values. -101 when the lengths differ or an ID is repeated (the model is
+    // then emptied), -199 for memory.
+    error_type init(const dense1D<double>& values, const dense1D<unsigned int>& ids, int absolute);
+    // The values (shared), the IDs in their order and the mode.
+    error_type get_params(dense1D<double>& values, dense1D<unsigned int>& ids, int& absolute) const;
+};
+
+}  // namespace fem
+}  // namespace orv
