@@ -1,0 +1,80 @@
+// Stiffness laws of Mindlin shells: the common interface and the elastic laws.
+#pragma once
+
+#include "laws/law_2d.h"
+#include "laws/law_elastic_kernels.h"
+#include "orvmath1/vector_fixed.h"
+
+namespace orv {
+namespace core {
+
+// The law a shell physics calls at each point, in the element's local frame. Eight
+// generalised strains: membrane E11, E22, 2 E12; curvatures K11, K22, 2 K12;
+// transverse shears 2 E13, 2 E23. Generalised stresses: membrane forces, moments and
+// shear forces, all per unit length. With P the plane stress block of the material,
+// t the thickness, I the bending inertia and C the coupling (both per unit width):
+// D is t P on the membrane slots, I P on the bending slots, C P between them, and
+// the transverse shear stiffnesses times t on the two shear slots.
+class law_shell_stiff : public law_2d {
+public:
+    static constexpr unsigned nbr_strains = 8;
+    typedef vector_fixed<double, 8> strain_type;
+    typedef vector_fixed<double, 8> stress_type;
+    typedef symmetric_fixed<double, 8> tangent_type;
+
+    virtual int get_D(const law_key& key, tangent_type& D) const;
+    // As law_solid_stiff::compute on eight slots.
+    virtual int compute(const law_key& key, const strain_type& strain, tangent_type& D,
+                        stress_type& stress, double& energy, double* states,
+                        unsigned flags) const;
+    // A uniform temperature: the membrane strains lose their thermal part.
+    virtual int thermal_correction(const law_key& key, strain_type& strain,
+                                   double temperature) const;
+    virtual int fill_D(const dense1D<double>& data, tangent_type& D) const = 0;
+    // Thermal strains per degree of the membrane slots in the element's axes.
+    virtual void get_alphas(const dense1D<double>& data, double alpha[3]) const = 0;
+
+protected:
+    // D from the plane block P (per unit thickness), the thickness, inertia,
+    // coupling and the shear block H (per unit thickness).
+    static void assemble_D(const symmetric_fixed<double, 3>& P, double t, double inertia,
+                           double coupling, const symmetric_fixed<double, 2>& H,
+                           tangent_type& D);
+};
+
+// Isotropic shell. Data: E, nu, alpha, thickness t, shear stiffness, bending inertia,
+// coupling: 4, 6 or 7 values, normalised to 7.
+//  - 4 values: shear stiffness 5/6 E / (2 nu + 2), inertia t^3 / 12, coupling 0.
+//  - 6 values: the sixth is an offset o of the reference surface from the mid
+//    surface; inertia o^2 t + t^3 / 12 and coupling o t. The fifth (the shear
+//    stiffness) is kept: a caller gives its own shear correction there.
+//  - 7 values are kept as given.
+// -1 when nu is exactly -1 or 1.
+class law_shell_StVenant : public law_shell_stiff {
+public:
+    bool check_size(const dense1D<double>& data) const override;
+    int normalize(dense1D<double>& data) const override;
+    std::size_t thickness_index() const override { return 3; }
+    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
+    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+};
+
+// Orthotropic shell: the plane card of law_2d.h in [0] to [11], then [12] k13 and
+// [13] k23, the transverse shear stiffnesses of the material axes (a shear modulus
+// times the shear correction, 5/6 G13 and 5/6 G23 as usual), [14] the thickness t,
+// [15] the bending inertia, [16] the coupling: 15, 16 or 17 values, normalised to 17.
+//  - 15 values: inertia t^3 / 12, coupling 0.
+//  - 16 values: [15] is an offset o; inertia o^2 t + t^3 / 12, coupling o t.
+//  - 17 values are kept as given (but for the derived values of the card).
+// -1 when E1 or 1 - nu12 nu21 is 0.
+class law_shell_orthotropic : public law_shell_stiff {
+public:
+    bool check_size(const dense1D<double>& data) const override;
+    int normalize(dense1D<double>& data) const override;
+    std::size_t thickness_index() const override { return 14; }
+    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
+    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+};
+
+}  // namespace core
+}  // namespace orv
