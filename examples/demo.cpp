@@ -1,7 +1,10 @@
-// Demonstration of the library: version, processor resources and a small DOF table.
+// Demonstration of the library: version, processor resources, a small DOF table, then a
+// linear static analysis of a built-in model with its log and results.
 #include <orv/fem/DOFs_mgr.h>
 #include <orv/fem/context.h>
 #include <orv/fem/version.h>
+
+#include "static_analysis_demo.h"
 
 #include <cstdio>
 #include <vector>
@@ -44,5 +47,7 @@ int main() {
     dofs.get(id, free_state);
     std::printf("  ID %-14llu: rotation %u of node %u, master %u, %s\n", id, comp, hinge, node,
                 free_state ? "free" : "fixed");
-    return 0;
+
+    std::printf("\n");
+    return run_static_demo() == 0 ? 0 : 1;
 }

@@ -1,0 +1,203 @@
+// LDLt factorisation of the block-skyline matrix, in place, and its solves.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "linalg/indexed_sym.h"
+#include "linalg/pivot_checkers.h"
+#include "linalg/symmetric_hybrid_OOC.h"
+
+namespace orv {
+namespace core {
+
+template <class M>
+class symmetric_L_D_Lt;
+
+// Type-erased pivot checker handed to the block kernels: check(pivot, position) with
+// the checker's semantics (false stops the factorisation).
+struct pivot_callback {
+    void* checker = nullptr;
+    bool (*call)(void*, double&, std::size_t) = nullptr;
+    bool operator()(double& d, std::size_t pos) const { return call(checker, d, pos); }
+};
+
+// The factors of a symmetric_hybrid_OOC<double>, A = U^T D U with U unit upper
+// triangular (U^T = L). It shares the matrix's proxy: factorize overwrites the
+// assembled values; a block's segments then hold U (row j of L in the segment of
+// column j) and its diagonal holds 1 / D.
+//
+// Threads: factorize and the solves open their own OpenMP regions with the counts
+// given; the system BLAS is kept to one thread of its own while they run.
+template <>
+class symmetric_L_D_Lt<symmetric_hybrid_OOC<double>> : public symmetric_hybrid_OOC<double> {
+public:
+    typedef symmetric_hybrid_OOC<double> matrix_type;
+
+    symmetric_L_D_Lt() = default;
+    // Shares the matrix's storage; factorize then works on its values.
+    explicit symmetric_L_D_Lt(const matrix_type& A) : matrix_type(A) {}
+    symmetric_L_D_Lt& operator=(const matrix_type& A) {
+        matrix_type::operator=(A);
+        factored_ = false;
+        return *this;
+    }
+
+    // Factorises in place. `cache_bytes` is the last-level cache size and n_threads the
+    // thread count (a solver without a context passes 0x100000 and 1). Returns 0,
+    // -107 when the checker stopped the factorisation, -199 when work memory is
+    // exhausted, -200 when a block could not be made resident. The checker's range
+    // holds the lowest and highest pivot seen, with their positions.
+    template <class Checker>
+    int factorize(Checker& checker, std::size_t cache_bytes = 0x100000, int n_threads = 1) {
+        pivot_callback cb;
+        cb.checker = &checker;
+        cb.call = [](void* c, double& d, std::size_t pos) { return static_cast<Checker*>(c)->check(d, pos); };
+        return factorize_impl(cb, cache_bytes, n_threads);
+    }
+    bool factored() const noexcept { return factored_; }
+    // Marks the values as an assembled matrix again (after a refill of the proxy).
+    void set_unfactored() noexcept { factored_ = false; }
+
+    // Forward sweep with the diagonal: y := D^-1 U^-T y, in place. Returns
+    // sum(z_i^2 / D_i) with z = U^-T y, which is y^T A^-1 y.
+    double solve_forward(double* y, int n_threads = 1) const;
+    // Forward sweep without the diagonal: y := U^-T y.
+    void solve_forward_only(double* y, int n_threads = 1) const;
+    // y := D^-1 y.
+    void solve_diagonal(double* y) const;
+    // Backward sweep: y := U^-1 y.
+    void solve_backward(double* y, int n_threads = 1) const;
+    // The three in a row: y := A^-1 y. Returns y^T A^-1 y of the given y.
+    double solve(double* y, int n_threads = 1) const;
+
+    // The same for the n_columns columns of Y (leading dimension ldy). energies, when
+    // not null, receives each column's y^T A^-1 y.
+    void solve_forward(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1,
+                       double* energies = nullptr) const;
+    void solve_diagonal(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1) const;
+    void solve_backward(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1) const;
+    void solve(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1,
+               double* energies = nullptr) const;
+    void solve(orv::dense2D<double>& Y, int n_threads = 1, double* energies = nullptr) const {
+        if (Y.rows() >= dimension() && Y.cols()) solve(Y.col(0), Y.ld(), Y.cols(), n_threads, energies);
+    }
+
+    // Floating-point operations of the last factorisation (multiply and add counted
+    // apart), as carried out by the kernels.
+    double last_flops() const noexcept { return flops_; }
+
+private:
+    int factorize_impl(const pivot_callback& check, std::size_t cache_bytes, int n_threads);
+    void forward_block(const block_type& blk, double* y, double* energy, bool diagonal, int n_threads = 1) const;
+    void backward_block(const block_type& blk, double* y) const;
+
+    bool factored_ = false;
+    double flops_ = 0;
+};
+
+typedef symmetric_L_D_Lt<symmetric_hybrid_OOC<double>> skyline_factor;
+
+// Outcome of a factorisation for a run, by the pivot range. Codes are only set when
+// none stands already: `error` 0 or -107 (or the factorisation's own code), `warning`
+// 0 or -11.
+struct pivot_outcome {
+    int error = 0;
+    int warning = 0;
+    const char* error_text = nullptr;    // "Pivot error." with -107
+    const char* warning_text = nullptr;  // "Pivot warning." with -11
+    const char* file = nullptr;          // source of the error location
+    int line = 0;
+    std::uint32_t bad_pivot_DOF = ~0u;   // DOF ID of the pivot at fault
+    double pivot_min = 0;
+    double pivot_max = 0;
+};
+
+// Factorises A and judges the pivots. `definite` selects the test on magnitudes (the
+// definite kind) instead of signs (the positive kind). `ids[p]` is the DOF ID at
+// position p. Returns the resulting error (0 on success or warning).
+template <class Checker>
+int factorize_with_outcome(skyline_factor& A, Checker& checker, bool definite, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
+    const std::size_t n = A.dimension();
+    if (n == 0) {
+        out.pivot_min = out.pivot_max = 0;
+        return out.error;
+    }
+    const int rc = A.factorize(checker, cache_bytes, n_threads);
+    const double lo = checker.first, hi = checker.second;
+    out.pivot_min = lo;
+    out.pivot_max = hi;
+    auto id_at = [&](std::size_t pos) { return (ids && pos < n) ? ids[pos] : ~0u; };
+    if (rc != 0 && rc != -107) {
+        if (!out.error) out.error = rc;
+        return out.error;
+    }
+    bool ok;
+    if (!std::isfinite(lo) || !std::isfinite(hi))
+        ok = false;
+    else if (!definite)
+        ok = lo > 0;
+    else
+        ok = true;
+    if (ok && rc == 0) {
+        const bool good = definite ? std::fabs(lo) > 1e-12 * std::fabs(hi) : lo >= 1e-12 * hi;
+        if (!good && !out.error && !out.warning) {
+            out.warning = -11;
+            out.warning_text = "Pivot warning.";
+            out.bad_pivot_DOF = id_at(checker.first_position);
+        }
+        return out.error;
+    }
+    if (!out.error) {
+        out.error = -107;
+        out.error_text = "Pivot error.";
+        out.file = "fem/solver_static_linear";
+        out.line = 525;
+        out.bad_pivot_DOF = id_at(checker.first_rejected != ~std::size_t(0) ? checker.first_rejected
+                                                                             : checker.first_position);
+    }
+    return out.error;
+}
+
+// One function for each kind of checker.
+template <class V>
+int factorize_with_outcome(skyline_factor& A, pivot_check_positive<V>& c, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
+    return factorize_with_outcome(A, c, false, ids, cache_bytes, n_threads, out);
+}
+template <class V>
+int factorize_with_outcome(skyline_factor& A, pivot_force_positive<V>& c, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
+    return factorize_with_outcome(A, c, false, ids, cache_bytes, n_threads, out);
+}
+template <class V>
+int factorize_with_outcome(skyline_factor& A, pivot_force_positive_rnd<V>& c, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
+    return factorize_with_outcome(A, c, false, ids, cache_bytes, n_threads, out);
+}
+template <class V>
+int factorize_with_outcome(skyline_factor& A, pivot_force_definite<V>& c, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
+    return factorize_with_outcome(A, c, true, ids, cache_bytes, n_threads, out);
+}
+template <class P, class V>
+int factorize_with_outcome(skyline_factor& A, count_n_force_definite<P, V>& c, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
+    return factorize_with_outcome(A, c, true, ids, cache_bytes, n_threads, out);
+}
+
+// The same on the factor of an indexed matrix: the DOF IDs come from its numbering,
+// the kind from the checker.
+template <class I, class Checker>
+int factorize_with_outcome(indexed_sym<I, skyline_factor>& A, Checker& checker, std::size_t cache_bytes,
+                           int n_threads, pivot_outcome& out) {
+    const Ptr<I>& ids = A.get_IDs();
+    const bool usable = ids && ids->size() >= A.dimension();
+    return factorize_with_outcome(static_cast<skyline_factor&>(A), checker, Checker::definite_kind,
+                                  usable ? ids->data() : nullptr, cache_bytes, n_threads, out);
+}
+
+}  // namespace core
+}  // namespace orv

@@ -1,0 +1,176 @@
+// Preconditioned conjugate gradient: a factor of one stiffness preconditions a
+// stiffer system given only by its products.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "fem/conj_gradient.h"
+#include "small_spd_system.h"
+
+using namespace orv::core;
+using namespace fem_test;
+
+namespace {
+
+// A p in matrix positions for a matrix given in original rows.
+struct dense_operator {
+    const dense_sym* K;
+    const std::vector<unsigned>* pos;
+    int calls = 0;
+    void add_product(const double* p, double* w) {
+        ++calls;
+        const std::size_t n = K->n;
+        std::vector<double> x(n), y(n, 0.0);
+        for (std::size_t i = 0; i < n; ++i) x[i] = p[(*pos)[i]];
+        K->mult_add(x.data(), y.data());
+        for (std::size_t i = 0; i < n; ++i) w[(*pos)[i]] += y[i];
+    }
+};
+
+struct cg_case {
+    static const std::size_t n = 12;
+    dense_sym K0 = spring_chain(n), K = spring_chain(n);
+    skyline_factor M;
+    std::vector<unsigned> pos;
+    std::vector<double> F, g, w, z, p, x;
+    dense_operator op;
+    conj_gradient_settings<dense_operator> settings;
+    cg_case() {
+        // Two parts that the factor does not hold: a spring between DOFs 2 and 9 and
+        // a ground spring at DOF 5. The preconditioned operator is the identity plus
+        // a rank 2 term, so CG ends in at most 3 steps.
+        K.add_spring(2, 9, 5.0);
+        K(5, 5) += 3.0;
+        EXPECT_EQ(factor_dense(K0, M, pos), 0);
+        F.assign(n, 0.0);
+        for (std::size_t i = 0; i < n; ++i) F[i] = std::sin(1.0 + double(i));
+        g.assign(n, 0.0);
+        for (std::size_t i = 0; i < n; ++i) g[pos[i]] = F[i];
+        w.assign(n, 0.0);
+        z.assign(n, 0.0);
+        p.assign(n, 0.0);
+        x.assign(n, 0.0);
+        op.K = &K;
+        op.pos = &pos;
+        settings.op = &op;
+        settings.tolerance = 1e-10;
+        settings.max_iterations = 50;
+    }
+    int run(const run_settings& rs, run_data& data, conj_gradient_result& r) {
+        return conj_gradient(M, settings, g.data(), w.data(), z.data(), p.data(), x.data(), nullptr, 0, rs, data, r);
+    }
+};
+
+}  // namespace
+
+TEST(ConjGradient, ConvergesWithTheFactorAsPreconditioner) {
+    cg_case c;
+    run_settings rs;
+    log_capture log;
+    rs.display_hook = &log_capture::hook;
+    rs.pass_thru = &log;
+    run_data data;
+    conj_gradient_result r;
+    ASSERT_EQ(c.run(rs, data, r), 0);
+    EXPECT_EQ(data.error_code, 0);
+    EXPECT_LE(r.iterations, 3u);
+    EXPECT_GE(r.iterations, 2u);
+    EXPECT_EQ(r.energy, 0.0);
+    const std::vector<double> exact = c.K.solve(c.F);
+    for (std::size_t i = 0; i < cg_case::n; ++i) EXPECT_NEAR(c.x[c.pos[i]], exact[i], 1e-9 * std::fabs(exact[i]) + 1e-12);
+    // g holds the last gradient A x - F.
+    for (std::size_t i = 0; i < cg_case::n; ++i) EXPECT_NEAR(c.g[i], 0.0, 1e-9);
+    ASSERT_GE(log.lines.size(), 3u);
+    EXPECT_EQ(log.lines.front(), "Conjugate gradient algorithm.\n");
+    EXPECT_EQ(log.lines.back(), "Convergence within " + std::to_string(r.iterations) + " iterations.\n");
+    EXPECT_EQ(log.lines.size(), r.iterations + 3);
+    // The first norm line: the relative value is 1/tolerance at the start.
+    EXPECT_EQ(log.lines[1].substr(0, 26), "  0  two_norm(g)         :");
+    EXPECT_NE(log.lines[1].find("(1.000000E+10)"), std::string::npos) << log.lines[1];
+    for (unsigned l : log.levels) EXPECT_EQ(l, 4u);
+    // One product per iteration.
+    EXPECT_EQ(c.op.calls, int(r.iterations));
+}
+
+TEST(ConjGradient, StartsFromAGivenSolution) {
+    cg_case c;
+    const std::vector<double> exact = c.K.solve(c.F);
+    for (std::size_t i = 0; i < cg_case::n; ++i) c.x[c.pos[i]] = 0.5 * exact[i];
+    run_settings rs;
+    run_data data;
+    conj_gradient_result r;
+    ASSERT_EQ(c.run(rs, data, r), 0);
+    for (std::size_t i = 0; i < cg_case::n; ++i) EXPECT_NEAR(c.x[c.pos[i]], exact[i], 1e-9 * std::fabs(exact[i]) + 1e-12);
+    EXPECT_EQ(c.op.calls, int(r.iterations) + 1);  // the start product A x
+}
+
+TEST(ConjGradient, ZeroToleranceNeverConverges) {
+    cg_case c;
+    c.settings.tolerance = 0.0;
+    c.settings.max_iterations = 7;
+    run_settings rs;
+    run_data data;
+    conj_gradient_result r;
+    EXPECT_EQ(c.run(rs, data, r), -109);
+    EXPECT_EQ(data.error_code, -109);
+    EXPECT_STREQ(data.error_name, "Convergence error.");
+    EXPECT_EQ(std::strncmp(data.error_msg, "File = fem/conj_gradient, Line #", 32), 0) << data.error_msg;
+    EXPECT_EQ(r.iterations, 7u);
+}
+
+TEST(ConjGradient, ZeroLoadsGiveANonFiniteStep) {
+    cg_case c;
+    std::fill(c.g.begin(), c.g.end(), 0.0);
+    run_settings rs;
+    run_data data;
+    conj_gradient_result r;
+    EXPECT_EQ(c.run(rs, data, r), -108);
+    EXPECT_STREQ(data.error_name, "INF or NaN detected.");
+    // While that error stands a new call stops at its first step boundary and keeps it.
+    const int calls = c.op.calls;
+    std::fill(c.g.begin(), c.g.end(), 1.0);
+    EXPECT_EQ(c.run(rs, data, r), -108);
+    EXPECT_EQ(data.error_code, -108);
+    EXPECT_EQ(c.op.calls, calls);
+}
+
+TEST(ConjGradient, InterruptIsAWarning) {
+    cg_case c;
+    run_settings rs;
+    int asked = 0;
+    rs.interrupt_hook = [](void* p) {
+        ++*static_cast<int*>(p);
+        return true;
+    };
+    rs.pass_thru = &asked;
+    run_data data;
+    conj_gradient_result r;
+    omp_lock_t lock;
+    omp_init_lock(&lock);
+    EXPECT_EQ(conj_gradient(c.M, c.settings, c.g.data(), c.w.data(), c.z.data(), c.p.data(), c.x.data(), nullptr, 0,
+                            rs, data, r, &lock),
+              -10);
+    omp_destroy_lock(&lock);
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(data.error_code, 0);
+    EXPECT_EQ(data.warning_code, -10);
+    EXPECT_EQ(c.op.calls, 0);
+}
+
+TEST(ConjGradient, FixedRowsAreZeroedInEveryProduct) {
+    // No product reaches the gradient at a fixed row: it keeps its start value -F
+    // while the other rows change.
+    cg_case c;
+    c.settings.tolerance = 0.0;
+    c.settings.max_iterations = 5;
+    const unsigned fixed = c.pos[9];
+    run_settings rs;
+    run_data data;
+    conj_gradient_result r;
+    EXPECT_EQ(conj_gradient(c.M, c.settings, c.g.data(), c.w.data(), c.z.data(), c.p.data(), c.x.data(), &fixed, 1,
+                            rs, data, r),
+              -109);
+    EXPECT_EQ(c.g[fixed], -c.F[9]);
+    EXPECT_NE(c.g[c.pos[8]], -c.F[8]);
+    EXPECT_EQ(c.w[fixed], 0.0);
+}
