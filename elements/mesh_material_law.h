@@ -1,0 +1,58 @@
+// Adapters from the material laws to the interface the mesh kernels call.
+#pragma once
+
+#include "elements/mesh_material.h"
+#include "laws/law_membrane_stiff.h"
+#include "laws/law_rod.h"
+#include "laws/law_solid_stiff.h"
+
+namespace orv {
+namespace core {
+
+// A solid law on six strains (3-D solids, and the plane and axisymmetric physics,
+// which keep the six slots with their unused ones 0).
+class mesh_material_solid : public mesh_material {
+public:
+    explicit mesh_material_solid(const Ptr<law_solid_stiff>& law) : law_(law) {}
+
+    unsigned nbr_strains() const override { return 6; }
+    bool material_frame(const double* position, double* Q) const override;
+    int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
+                unsigned flags, const assembly_params& params) const override;
+    bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+
+private:
+    Ptr<law_solid_stiff> law_;
+};
+
+// A membrane law on the three in-plane strains of the element's frame.
+class mesh_material_membrane : public mesh_material {
+public:
+    explicit mesh_material_membrane(const Ptr<law_membrane_stiff>& law) : law_(law) {}
+
+    unsigned nbr_strains() const override { return 3; }
+    int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
+                unsigned flags, const assembly_params& params) const override;
+    bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+
+private:
+    Ptr<law_membrane_stiff> law_;
+};
+
+// A rod law: the axial stress, tangent and energy per unit section, times the area
+// of the law's data, so that the kernel works with the axial force.
+class mesh_material_rod : public mesh_material {
+public:
+    explicit mesh_material_rod(const Ptr<law_1d>& law) : law_(law) {}
+
+    unsigned nbr_strains() const override { return 1; }
+    int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
+                unsigned flags, const assembly_params& params) const override;
+    bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+
+private:
+    Ptr<law_1d> law_;
+};
+
+}  // namespace core
+}  // namespace orv

@@ -1,0 +1,35 @@
+// Membranes: surfaces in 3-D with three displacement DOFs per node and the in-plane
+// strains E11, E22, 2 E12 of the element's local frame at each point (axis 1 along the
+// first tangent). Small strain (model_membrane_lin) and finite strain
+// (model_membrane_gnl, out-of-plane stretching included).
+#pragma once
+
+#include <orv/fem/physics_model_base.h>
+
+namespace orv {
+namespace fem {
+
+class model_membrane_lin : public physics_model_base {
+public:
+    model_membrane_lin();
+    explicit model_membrane_lin(const base_class& law);
+    model_membrane_lin(const model_membrane_lin&) = default;
+    model_membrane_lin& operator=(const model_membrane_lin&) = default;
+    ~model_membrane_lin() override = default;
+    // law: a membrane stiffness law (forces per unit length; the thickness is in its
+    // data). -101 when the handle holds none.
+    error_type init(const base_class& law);
+};
+
+class model_membrane_gnl : public physics_model_base {
+public:
+    model_membrane_gnl();
+    explicit model_membrane_gnl(const base_class& law);
+    model_membrane_gnl(const model_membrane_gnl&) = default;
+    model_membrane_gnl& operator=(const model_membrane_gnl&) = default;
+    ~model_membrane_gnl() override = default;
+    error_type init(const base_class& law);
+};
+
+}  // namespace fem
+}  // namespace orv

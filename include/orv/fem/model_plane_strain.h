@@ -1,0 +1,36 @@
+// Physics of plane strain: small strain (model_plane_strain_lin) and total Lagrangian
+// finite strain (model_plane_strain_gnl), two in-plane displacement DOFs per node.
+#pragma once
+
+#include <orv/fem/physics_model_base.h>
+
+namespace orv {
+namespace fem {
+
+class model_plane_strain_lin : public physics_model_base {
+public:
+    model_plane_strain_lin();
+    model_plane_strain_lin(const base_class& law, unsigned axis);
+    model_plane_strain_lin(const model_plane_strain_lin&) = default;
+    model_plane_strain_lin& operator=(const model_plane_strain_lin&) = default;
+    ~model_plane_strain_lin() override = default;
+    // law: a solid stiffness law, used on the six strain slots with E33 = 0 (its S33
+    // is the out-of-plane stress). axis: the axis normal to the plane; 0 gives the
+    // in-plane DOF slots 1 and 2 (coordinates y, z), 1 gives 0 and 2, any other value
+    // 0 and 1. -101 when the handle holds no solid stiffness law (the handle is then
+    // empty), -199 on memory.
+    error_type init(const base_class& law, unsigned axis);
+};
+
+class model_plane_strain_gnl : public physics_model_base {
+public:
+    model_plane_strain_gnl();
+    model_plane_strain_gnl(const base_class& law, unsigned axis);
+    model_plane_strain_gnl(const model_plane_strain_gnl&) = default;
+    model_plane_strain_gnl& operator=(const model_plane_strain_gnl&) = default;
+    ~model_plane_strain_gnl() override = default;
+    error_type init(const base_class& law, unsigned axis);
+};
+
+}  // namespace fem
+}  // namespace orv

@@ -1,0 +1,48 @@
+// Public creation of the stiffness meshes: a physics on a connectivity of one shape.
+#pragma once
+
+#include <orv/fem/context.h>
+#include <orv/fem/element_type.h>
+#include <orv/fem/error_type.h>
+#include <orv/fem/numerical_model_base.h>
+#include <orv/fem/physics_model_base.h>
+
+#include "orvmath1/dense2D.h"
+
+namespace orv {
+namespace fem {
+
+// A mesh of a small-strain physics (model_solid_lin, ...). The connectivity has one
+// column per element and one row per node of the shape, in the shape's node order.
+// The model is registered in the context's registry. A constructor that fails leaves
+// the handle empty; init says why: -101 a physics that is empty or not small-strain,
+// -104 a shape on which the physics has no model, -105 a connectivity whose row count
+// is not the shape's node count, -199 memory.
+class numerical_model_stiff_lin : public numerical_model_base {
+public:
+    numerical_model_stiff_lin();
+    numerical_model_stiff_lin(const context& ctx, const physics_model_base& physics,
+                              const dense2D<unsigned int>& connectivity, element_type type);
+    numerical_model_stiff_lin(const numerical_model_stiff_lin&) = default;
+    numerical_model_stiff_lin& operator=(const numerical_model_stiff_lin&) = default;
+    ~numerical_model_stiff_lin() override = default;
+    error_type init(const context& ctx, const physics_model_base& physics,
+                    const dense2D<unsigned int>& connectivity, element_type type);
+};
+
+// The same for the finite-strain physics (model_solid_gnl, ...): -101 for a
+// small-strain physics.
+class numerical_model_stiff_gnl : public numerical_model_base {
+public:
+    numerical_model_stiff_gnl();
+    numerical_model_stiff_gnl(const context& ctx, const physics_model_base& physics,
+                              const dense2D<unsigned int>& connectivity, element_type type);
+    numerical_model_stiff_gnl(const numerical_model_stiff_gnl&) = default;
+    numerical_model_stiff_gnl& operator=(const numerical_model_stiff_gnl&) = default;
+    ~numerical_model_stiff_gnl() override = default;
+    error_type init(const context& ctx, const physics_model_base& physics,
+                    const dense2D<unsigned int>& connectivity, element_type type);
+};
+
+}  // namespace fem
+}  // namespace orv
