@@ -1,9 +1,11 @@
 // Demonstration of the library: version, processor resources, a small DOF table, then a
-// linear static analysis of a built-in model with its log and results.
+// linear static analysis of a built-in truss with its log and results, and a solid hexa8
+// cantilever under several load cases against beam theory, written to cantilever.vtu.
 #include <orv/fem/DOFs_mgr.h>
 #include <orv/fem/context.h>
 #include <orv/fem/version.h>
 
+#include "cantilever_demo.h"
 #include "static_analysis_demo.h"
 
 #include <cstdio>
@@ -49,5 +51,7 @@ int main() {
                 free_state ? "free" : "fixed");
 
     std::printf("\n");
-    return run_static_demo() == 0 ? 0 : 1;
+    if (run_static_demo() != 0) return 1;
+    std::printf("\n");
+    return run_cantilever_demo("cantilever.vtu") == 0 ? 0 : 1;
 }
