@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "elements/element_family_table.h"
 #include "elements/mesh_kinematics.h"
@@ -49,6 +50,9 @@ public:
 
     elfes::shape_table<Shape, PointSet> table;
     elfes::shape_table<Shape, typename elfes::centre_point_set<Shape>::type> centre;
+    // The formulation: empty for the plain one, else its tying points.
+    Formulation formulation;
+    static constexpr bool assumed = !std::is_same<Formulation, regular_formulation>::value;
 
     // X: node coordinates (as the kinematics reads them); u: element displacements
     // in local DOF order (node by node), or null for none. K: NDOF x NDOF row-major,
@@ -67,6 +71,8 @@ public:
         if (!law) return -101;
         static const double zero_u[NDOF] = {};
         const double* uu = u ? u : zero_u;
+        element_data ed;
+        compose(X, uu, ed);
         for (unsigned p = 0; p < table.nbr_points; ++p) {
             point_geometry<NN> geo;
             Kin::geometry(table, p, X, geo);
@@ -81,7 +87,8 @@ public:
             const bool frame = !Kin::finite && law->material_frame(x, Q);
             double eps[NS];
             double B[NS][NDOF];
-            Kin::strain_B(geo, frame ? Q : nullptr, uu, eps, B);
+            double W[3][5];
+            strain_B(ed, p, geo, frame ? Q : nullptr, uu, eps, B, W);
             double D[NS * NS];
             double S[NS];
             for (unsigned k = 0; k < NS; ++k) S[k] = 0.0;
@@ -108,7 +115,12 @@ public:
                     }
                 }
             }
-            if ((in.want_matrix && Kin::finite) || in.want_geometric) Kin::add_geometric(geo, S, w, K);
+            if ((in.want_matrix && Kin::finite) || in.want_geometric) {
+                if constexpr (assumed)
+                    formulation.template add_geometric<ND>(W, slots, S, w, K);
+                else
+                    Kin::add_geometric(geo, S, w, K);
+            }
             // The element's vector is the force it exerts on its nodes, -B' S, the
             // sign of the discrete elements: a run adds it to the external forces.
             if (in.want_vector)
@@ -131,6 +143,8 @@ public:
                      double* strain) const {
         const mesh_material* law = in.physics->material();
         if (!law) return -101;
+        element_data ed;
+        compose(X, u, ed);
         for (unsigned p = 0; p < table.nbr_points; ++p) {
             point_geometry<NN> geo;
             Kin::geometry(table, p, X, geo);
@@ -142,7 +156,8 @@ public:
             const bool frame = !Kin::finite && law->material_frame(x, Q);
             double B[NS][NDOF];
             double* eps = strain + p * NS;
-            Kin::strain_B(geo, frame ? Q : nullptr, u, eps, B);
+            double W[3][5];
+            strain_B(ed, p, geo, frame ? Q : nullptr, u, eps, B, W);
             double D[NS * NS];
             double* S = stress + p * NS;
             for (unsigned k = 0; k < NS; ++k) S[k] = 0.0;
@@ -153,6 +168,45 @@ public:
         return 0;
     }
 
+private:
+    struct no_data {};
+    template <class F, bool A>
+    struct data_of {
+        using type = no_data;
+    };
+    template <class F>
+    struct data_of<F, true> {
+        using type = typename F::template element_data<ND>;
+    };
+    using element_data = typename data_of<Formulation, assumed>::type;
+    // the slots of E11, E22 and 2 E12 among the physics' strains
+    static constexpr unsigned slots[3] = {0, 1, NS == 6 ? 3u : 2u};
+
+    // The element's tying data, before the point loop (nothing for the plain form).
+    void compose(const double (*X)[3], const double* u, element_data& ed) const {
+        if constexpr (assumed)
+            formulation.template compose<ND, Kin::finite>(X, u, ed);
+        else
+            (void)X, (void)u, (void)ed;
+    }
+
+    // The strains and rows of point p: the kinematics' own, with the in-plane ones
+    // replaced by the formulation's (W: their weights, set when assumed).
+    void strain_B(const element_data& ed, unsigned p, const point_geometry<NN>& geo, const double* Q,
+                  const double* u, double* eps, double (*B)[NDOF], double (*W)[5]) const {
+        Kin::strain_B(geo, Q, u, eps, B);
+        if constexpr (assumed) {
+            static const double ex[3] = {1, 0, 0}, ey[3] = {0, 1, 0};
+            const double* e1 = Kin::surface ? geo.T[0] : ex;
+            const double* e2 = Kin::surface ? geo.T[1] : ey;
+            Formulation::weights(ed, table.point[p].coord[0], table.point[p].coord[1], geo.detJ, e1, e2, W);
+            Formulation::strain_B(ed, W, slots, eps, B);
+        } else {
+            (void)ed, (void)p, (void)W;
+        }
+    }
+
+public:
     // The nodal matrix of the least-squares run: the integral of N_i N_j over the
     // element (lower triangle of an NN x NN row-major matrix).
     void nodal_matrix(const double (*X)[3], double* M) const {
