@@ -4,9 +4,10 @@
 #include <omp.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
+#include <memory>
 #include <new>
+#include <vector>
 
 #include <orv/fem/DOFs_mgr.h>
 #include <orv/fem/numerical_model_base.h>
@@ -238,16 +239,29 @@ int numerical_model_base::get_FEs_of_DOFs(const DOFs_mgr& table, std::uint32_t e
     return 0;
 }
 
+namespace {
+
+// The connectivity of m and the range [first, end) of its columns that `element`
+// names (all_elements: every one); -102 past the last element.
+int element_columns(const numerical_model_base& m, std::uint32_t element, dense2D<unsigned int>& c,
+                    std::size_t& first, std::size_t& end) {
+    fem::element_type type = fem::FE_none;
+    m.get_mesh(c, type);
+    first = 0;
+    end = c.cols();
+    if (element == numerical_model_base::all_elements) return 0;
+    if (element >= c.cols()) return -102;
+    first = element;
+    end = std::size_t(element) + 1;
+    return 0;
+}
+
+}  // namespace
+
 int numerical_model_base::get_nodes(std::uint32_t element, vector_fast<unsigned int>& set) const {
     dense2D<unsigned int> c;
-    fem::element_type type = fem::FE_none;
-    get_mesh(c, type);
-    std::size_t first = 0, end = c.cols();
-    if (element != all_elements) {
-        if (element >= c.cols()) return -102;
-        first = element;
-        end = std::size_t(element) + 1;
-    }
+    std::size_t first, end;
+    if (const int rc = element_columns(*this, element, c, first, end)) return rc;
     for (std::size_t e = first; e < end; ++e)
         for (std::size_t i = 0; i < c.rows(); ++i) {
             const unsigned int node = c(i, e);
@@ -260,17 +274,11 @@ int numerical_model_base::get_nodes(std::uint32_t element, vector_fast<unsigned 
 int numerical_model_base::get_nodes_graph(std::uint32_t element, dense1D<unsigned int>& offsets,
                                           dense1D<unsigned int>& ids) const {
     dense2D<unsigned int> c;
-    fem::element_type type = fem::FE_none;
-    get_mesh(c, type);
-    std::size_t first = 0, end = c.cols();
-    if (element != all_elements) {
-        if (element >= c.cols()) return -102;
-        first = element;
-        end = std::size_t(element) + 1;
-    } else if (!ids.reserve(ids.size() + c.rows() * c.cols(), 2) ||
-               !offsets.reserve(offsets.size() + c.cols(), 2)) {
+    std::size_t first, end;
+    if (const int rc = element_columns(*this, element, c, first, end)) return rc;
+    if (element == all_elements &&
+        (!ids.reserve(ids.size() + c.rows() * c.cols(), 2) || !offsets.reserve(offsets.size() + c.cols(), 2)))
         return -199;
-    }
     for (std::size_t e = first; e < end; ++e) {
         for (std::size_t i = 0; i < c.rows(); ++i) {
             const unsigned int node = c(i, e);
@@ -464,28 +472,25 @@ int numerical_model_base::__assemble(int kind, unsigned matrix_code, const eleme
     int first_error = 0;
     const int nbr_threads = static_cast<int>(args.params.nbr_threads);
     if (nbr_threads > 1 && count >= std::size_t(nbr_threads)) {
-        // Elements are computed by whichever thread is free and added in element order
-        // in the ordered section: the sums do not depend on the number of threads. The
-        // first failure in element order wins; later elements are skipped.
-        std::atomic<bool> failed(false);
-        const long n = static_cast<long>(count);
-#pragma omp parallel num_threads(nbr_threads)
-        {
-            element_workspace ws(args, ID_);
-#pragma omp for schedule(dynamic, 1) ordered
-            for (long k = 0; k < n; ++k) {
-                const bool skip = failed.load(std::memory_order_acquire);
-                int rc = skip ? 0 : compute(ws, element_at(static_cast<std::size_t>(k)));
-#pragma omp ordered
-                {
-                    if (!skip && !failed.load(std::memory_order_acquire)) {
-                        if (rc == 0) rc = add(ws);
-                        if (rc) {
-                            first_error = rc;
-                            failed.store(true, std::memory_order_release);
-                        }
-                    }
-                }
+        // Elements are computed in batches by whichever thread is free, each into a
+        // workspace of its own, then added in element order by one thread: the sums do
+        // not depend on the number of threads. Batches rather than an element-by-element
+        // hand-over keep the threads from waiting on each other at every element, which
+        // costs dearly on a loaded machine. The first failure in element order wins;
+        // later elements are not added.
+        const std::size_t batch = std::min<std::size_t>(count, 32 * std::size_t(nbr_threads));
+        std::vector<std::unique_ptr<element_workspace>> pool(batch);
+        for (auto& w : pool) w.reset(new element_workspace(args, ID_));
+        std::vector<int> codes(batch, 0);
+        for (std::size_t start = 0; start < count && !first_error; start += batch) {
+            const long m = static_cast<long>(std::min(batch, count - start));
+#pragma omp parallel for schedule(dynamic, 1) num_threads(nbr_threads)
+            for (long k = 0; k < m; ++k)
+                codes[std::size_t(k)] = compute(*pool[std::size_t(k)], element_at(start + std::size_t(k)));
+            for (long k = 0; k < m && !first_error; ++k) {
+                int rc = codes[std::size_t(k)];
+                if (rc == 0) rc = add(*pool[std::size_t(k)]);
+                first_error = rc;
             }
         }
     } else {
