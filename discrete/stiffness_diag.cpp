@@ -1,10 +1,8 @@
 // Public handle of the diagonal stiffness model.
 #include <orv/fem/stiffness_diag.h>
 
-#include <new>
-
+#include "discrete/stiffness_handle_ops.h"
 #include "discrete/stiffness_diag.h"
-#include "frame/context_type.h"
 
 namespace orv {
 namespace fem {
@@ -19,33 +17,14 @@ stiffness_diag::stiffness_diag(context& ctx, const dense1D<double>& values, cons
     if (create(ctx) == no_error) init(values, ids, absolute);
 }
 
-error_type stiffness_diag::create(context& ctx) {
-    clear_w();
-    if (!ctx.engine()) return error_data;
-    core::stiffness_diag* e = new (std::nothrow) core::stiffness_diag(ctx.engine());
-    if (!e) return error_memory;
-    set_w(static_cast<ref_counted*>(e));
-    return e->ID() == 0xFFFFFFFFu ? error_memory : no_error;
-}
+error_type stiffness_diag::create(context& ctx) { return internal::create_stiffness<core::stiffness_diag>(*this, ctx); }
 
 error_type stiffness_diag::init(const dense1D<double>& values, const dense1D<unsigned int>& ids, int absolute) {
-    if (!engine()) return error_data;
-    try {
-        return static_cast<error_type>(engine()->init(values, ids, absolute));
-    } catch (...) {
-        return error_memory;
-    }
+    return internal::init_stiffness(*this, values, ids, absolute);
 }
 
 error_type stiffness_diag::get_params(dense1D<double>& values, dense1D<unsigned int>& ids, int& absolute) const {
-    if (!engine()) {
-        values = dense1D<double>();
-        ids = dense1D<unsigned int>();
-        absolute = 1;
-        return error_data;
-    }
-    engine()->get_params(values, ids, absolute);
-    return no_error;
+    return internal::get_stiffness_params(*this, values, ids, absolute);
 }
 
 }  // namespace fem

@@ -1,10 +1,8 @@
 // Public handle of the dense symmetric stiffness model.
 #include <orv/fem/stiffness_sym.h>
 
-#include <new>
-
+#include "discrete/stiffness_handle_ops.h"
 #include "discrete/stiffness_sym.h"
-#include "frame/context_type.h"
 
 namespace orv {
 namespace fem {
@@ -19,33 +17,14 @@ stiffness_sym::stiffness_sym(context& ctx, const symmetric_full<double>& values,
     if (create(ctx) == no_error) init(values, ids, absolute);
 }
 
-error_type stiffness_sym::create(context& ctx) {
-    clear_w();
-    if (!ctx.engine()) return error_data;
-    core::stiffness_sym* e = new (std::nothrow) core::stiffness_sym(ctx.engine());
-    if (!e) return error_memory;
-    set_w(static_cast<ref_counted*>(e));
-    return e->ID() == 0xFFFFFFFFu ? error_memory : no_error;
-}
+error_type stiffness_sym::create(context& ctx) { return internal::create_stiffness<core::stiffness_sym>(*this, ctx); }
 
 error_type stiffness_sym::init(const symmetric_full<double>& values, const dense1D<unsigned int>& ids, int absolute) {
-    if (!engine()) return error_data;
-    try {
-        return static_cast<error_type>(engine()->init(values, ids, absolute));
-    } catch (...) {
-        return error_memory;
-    }
+    return internal::init_stiffness(*this, values, ids, absolute);
 }
 
 error_type stiffness_sym::get_params(symmetric_full<double>& values, dense1D<unsigned int>& ids, int& absolute) const {
-    if (!engine()) {
-        values = symmetric_full<double>();
-        ids = dense1D<unsigned int>();
-        absolute = 1;
-        return error_data;
-    }
-    engine()->get_params(values, ids, absolute);
-    return no_error;
+    return internal::get_stiffness_params(*this, values, ids, absolute);
 }
 
 }  // namespace fem

@@ -1,10 +1,8 @@
 // Public handle of the sparse symmetric stiffness model.
 #include <orv/fem/stiffness_sym_sparse.h>
 
-#include <new>
-
+#include "discrete/stiffness_handle_ops.h"
 #include "discrete/stiffness_sym_sparse.h"
-#include "frame/context_type.h"
 
 namespace orv {
 namespace fem {
@@ -20,32 +18,15 @@ stiffness_sym_sparse::stiffness_sym_sparse(context& ctx, const symmetric_sparse<
 }
 
 error_type stiffness_sym_sparse::create(context& ctx) {
-    clear_w();
-    if (!ctx.engine()) return error_data;
-    core::stiffness_sym_sparse* e = new (std::nothrow) core::stiffness_sym_sparse(ctx.engine());
-    if (!e) return error_memory;
-    set_w(static_cast<ref_counted*>(e));
-    return e->ID() == 0xFFFFFFFFu ? error_memory : no_error;
+    return internal::create_stiffness<core::stiffness_sym_sparse>(*this, ctx);
 }
 
 error_type stiffness_sym_sparse::init(const symmetric_sparse<double>& values, const dense1D<unsigned int>& ids, int absolute) {
-    if (!engine()) return error_data;
-    try {
-        return static_cast<error_type>(engine()->init(values, ids, absolute));
-    } catch (...) {
-        return error_memory;
-    }
+    return internal::init_stiffness(*this, values, ids, absolute);
 }
 
 error_type stiffness_sym_sparse::get_params(symmetric_sparse<double>& values, dense1D<unsigned int>& ids, int& absolute) const {
-    if (!engine()) {
-        values = symmetric_sparse<double>();
-        ids = dense1D<unsigned int>();
-        absolute = 1;
-        return error_data;
-    }
-    engine()->get_params(values, ids, absolute);
-    return no_error;
+    return internal::get_stiffness_params(*this, values, ids, absolute);
 }
 
 }  // namespace fem

@@ -3,16 +3,12 @@
 // Second derivatives in the order xi-xi, xi-eta, eta-eta.
 #pragma once
 
+#include "elements/shape_traits.h"
+
 namespace elfes {
 
 // Corners (-1,-1), (1,-1), (1,1), (-1,1).
-struct faceQ4 {
-    static constexpr unsigned nbr_nodes = 4;
-    static constexpr unsigned nbr_corner_nodes = 4;
-    static constexpr unsigned dim = 2;
-    static constexpr unsigned element_type_value = 9;
-    static constexpr unsigned nbr_second_derivatives = 3;
-
+struct faceQ4 : shape_traits<4, 4, 2, 9, 3> {
     // N = (s0 xi + 0.5)(s1 eta + 0.5), s = -0.5 or +0.5
     struct node_type {
         double s[2];
@@ -20,22 +16,12 @@ struct faceQ4 {
         constexpr explicit node_type(unsigned index)
             : s{index == 1 || index == 2 ? 0.5 : -0.5, index >= 2 ? 0.5 : -0.5} {}
     };
-    static const node_type nodes[nbr_nodes];
-
-    static void node_position(unsigned i, double* x);
-    static void values(const double* x, double* N);
-    static void gradients(const double* x, double (*dN)[dim]);
+    ELFES_SHAPE_INTERFACE
     static void second_derivatives(const double* x, double (*d2N)[nbr_second_derivatives]);
 };
 
 // Corners as faceQ4, then the mid-sides (0,-1), (1,0), (0,1), (-1,0) and the centre.
-struct faceQ9 {
-    static constexpr unsigned nbr_nodes = 9;
-    static constexpr unsigned nbr_corner_nodes = 4;
-    static constexpr unsigned dim = 2;
-    static constexpr unsigned element_type_value = 11;
-    static constexpr unsigned nbr_second_derivatives = 3;
-
+struct faceQ9 : shape_traits<9, 4, 2, 11, 3> {
     // N = P(xi) Q(eta), P and Q quadratic (coefficients of 1, t, t^2): the edge3
     // polynomial of the node's coordinate along each axis.
     struct node_type {
@@ -56,11 +42,7 @@ struct faceQ9 {
             c[2] = position == 0 ? -1.0 : 0.5;
         }
     };
-    static const node_type nodes[nbr_nodes];
-
-    static void node_position(unsigned i, double* x);
-    static void values(const double* x, double* N);
-    static void gradients(const double* x, double (*dN)[dim]);
+    ELFES_SHAPE_INTERFACE
     static void second_derivatives(const double* x, double (*d2N)[nbr_second_derivatives]);
 };
 

@@ -5,15 +5,11 @@
 // origin; mid-side node 3 + i lies opposite corner i.
 #pragma once
 
+#include "elements/shape_traits.h"
+
 namespace elfes {
 
-struct faceT3 {
-    static constexpr unsigned nbr_nodes = 3;
-    static constexpr unsigned nbr_corner_nodes = 3;
-    static constexpr unsigned dim = 2;
-    static constexpr unsigned element_type_value = 7;
-    static constexpr unsigned nbr_second_derivatives = 0;
-
+struct faceT3 : shape_traits<3, 3, 2, 7> {
     // linear coefficients (c0, cxi, ceta)
     struct node_type {
         double c[3];
@@ -24,21 +20,11 @@ struct faceT3 {
             else if (index == 2) c[0] = 1.0, c[1] = -1.0, c[2] = -1.0;
         }
     };
-    static const node_type nodes[nbr_nodes];
-
-    static void node_position(unsigned i, double* x);
-    static void values(const double* x, double* N);
-    static void gradients(const double* x, double (*dN)[dim]);
+    ELFES_SHAPE_INTERFACE
 };
 
 // Second derivatives in the order xi-xi, xi-eta, eta-eta.
-struct faceT6 {
-    static constexpr unsigned nbr_nodes = 6;
-    static constexpr unsigned nbr_corner_nodes = 3;
-    static constexpr unsigned dim = 2;
-    static constexpr unsigned element_type_value = 8;
-    static constexpr unsigned nbr_second_derivatives = 3;
-
+struct faceT6 : shape_traits<6, 3, 2, 8, 3> {
     // quadratic coefficients (c0, cxi, ceta, cxixi, cetaeta, cxieta)
     struct node_type {
         double c[6];
@@ -68,11 +54,7 @@ struct faceT6 {
             }
         }
     };
-    static const node_type nodes[nbr_nodes];
-
-    static void node_position(unsigned i, double* x);
-    static void values(const double* x, double* N);
-    static void gradients(const double* x, double (*dN)[dim]);
+    ELFES_SHAPE_INTERFACE
     static void second_derivatives(const double* x, double (*d2N)[nbr_second_derivatives]);
 };
 

@@ -5,15 +5,11 @@
 // N3 = 1 - xi - eta - zeta at the origin.
 #pragma once
 
+#include "elements/shape_traits.h"
+
 namespace elfes {
 
-struct tetra4 {
-    static constexpr unsigned nbr_nodes = 4;
-    static constexpr unsigned nbr_corner_nodes = 4;
-    static constexpr unsigned dim = 3;
-    static constexpr unsigned element_type_value = 14;
-    static constexpr unsigned nbr_second_derivatives = 0;
-
+struct tetra4 : shape_traits<4, 4, 3, 14> {
     // linear coefficients (c0, cxi, ceta, czeta)
     struct node_type {
         double c[4];
@@ -23,35 +19,17 @@ struct tetra4 {
             else if (index == 3) c[0] = 1.0, c[1] = -1.0, c[2] = -1.0, c[3] = -1.0;
         }
     };
-    static const node_type nodes[nbr_nodes];
-
-    static void node_position(unsigned i, double* x);
-    static void values(const double* x, double* N);
-    static void gradients(const double* x, double (*dN)[dim]);
+    ELFES_SHAPE_INTERFACE
 };
 
 // Corners as tetra4, then the edges 4 (1-2), 5 (0-2), 6 (0-1), 7 (0-3), 8 (1-3), 9 (2-3).
-struct tetra10 {
-    static constexpr unsigned nbr_nodes = 10;
-    static constexpr unsigned nbr_corner_nodes = 4;
-    static constexpr unsigned dim = 3;
-    static constexpr unsigned element_type_value = 15;
-    static constexpr unsigned nbr_second_derivatives = 0;
-
-    struct node_type {
-        unsigned index;
-        constexpr node_type() : node_type(0u) {}
-        constexpr explicit node_type(unsigned i) : index(i) {}
-    };
-    static const node_type nodes[nbr_nodes];
+struct tetra10 : shape_traits<10, 4, 3, 15> {
+    typedef indexed_node node_type;
+    ELFES_SHAPE_INTERFACE
 
     // N and dN of one node; 0 for an index past the last node
     static double value(unsigned i, const double* x);
     static void gradient(unsigned i, const double* x, double* g);
-
-    static void node_position(unsigned i, double* x);
-    static void values(const double* x, double* N);
-    static void gradients(const double* x, double (*dN)[dim]);
 };
 
 }  // namespace elfes

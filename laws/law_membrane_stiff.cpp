@@ -4,31 +4,15 @@
 namespace orv {
 namespace core {
 
-int law_membrane_stiff::get_D(const law_key& key, tangent_type& D) const {
-    dense1D<double> data;
-    if (get_element_data(key, data) < 0) {
-        D.fill(0.0);
-        return law_bad_size;
-    }
-    return fill_D(data, D);
-}
+int law_membrane_stiff::get_D(const law_key& key, tangent_type& D) const { return elastic_get_D(*this, key, D); }
 
 int law_membrane_stiff::compute(const law_key& key, const strain_type& strain, tangent_type& D,
                                 stress_type& stress, double& energy, double*, unsigned) const {
-    energy = 0.0;
-    if (get_D(key, D) < 0) return law_bad_size;
-    elastic_stress(D, strain, stress, energy);
-    return law_ok;
+    return elastic_compute(*this, key, strain, D, stress, energy);
 }
 
-int law_membrane_stiff::thermal_correction(const law_key& key, strain_type& strain,
-                                           double temperature) const {
-    dense1D<double> data;
-    if (get_element_data(key, data) < 0) return law_bad_size;
-    double alpha[3];
-    get_alphas(data, alpha);
-    for (std::size_t i = 0; i < 3; ++i) strain[i] -= alpha[i] * temperature;
-    return law_ok;
+int law_membrane_stiff::thermal_correction(const law_key& key, strain_type& strain, double temperature) const {
+    return elastic_thermal_correction(*this, key, strain, temperature);
 }
 
 // --- law_membrane_StVenant -----------------------------------------------------

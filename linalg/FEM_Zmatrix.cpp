@@ -5,6 +5,7 @@
 #include <new>
 
 #include "linalg/FEM_matrix_impl.h"
+#include "linalg/FEM_handle_ops.h"
 #include "problem/stress_mgr.h"
 
 namespace orv {
@@ -14,6 +15,8 @@ namespace {
 
 typedef core::FEM_Zmatrix_engine engine_type;
 typedef core::FEM_Zstates_engine zstates_type;
+typedef internal::matrix_handle_ops<FEM_Zmatrix, core::FEM_Zmatrix_engine> mops;
+typedef internal::states_handle_ops<FEM_Zstates, FEM_Zmatrix, core::FEM_Zstates_engine> ops;
 
 // A new engine object of type E, or null when memory fails.
 template <class E>
@@ -30,29 +33,15 @@ ORV_FEM_HANDLE_IMPL(FEM_Zmatrix, base_class, core::FEM_Zmatrix_engine)
 FEM_Zmatrix::FEM_Zmatrix() { set_w(static_cast<ref_counted*>(fresh<engine_type>())); }
 
 FEM_Zmatrix::FEM_Zmatrix(const dense1D<unsigned int>& IDs, index_type columns, value_type value) {
-    engine_type* e = fresh<engine_type>();
-    if (e && columns < (index_type(1) << 48)) e->init(IDs, std::size_t(columns), value);
-    set_w(static_cast<ref_counted*>(e));
+    set_w(static_cast<ref_counted*>(mops::filled(IDs, columns, value)));
 }
 
 FEM_Zmatrix::FEM_Zmatrix(const FEM_Zmatrix& other, index_type first_col, index_type n_cols) {
-    engine_type* e = fresh<engine_type>();
-    const engine_type* o = other.engine();
-    if (e && o) {
-        const std::size_t c = o->cols();
-        e->dense() = o->dense().sub_columns(first_col > c ? c : std::size_t(first_col),
-                                            n_cols > c ? c : std::size_t(n_cols));
-        e->set_IDs(o->get_IDs());
-    }
-    set_w(static_cast<ref_counted*>(e));
+    set_w(static_cast<ref_counted*>(mops::sub_columns(other, first_col, n_cols)));
 }
 
 FEM_Zmatrix::FEM_Zmatrix(const FEM_Zmatrix& other, const dense2D<value_type>& values) {
-    engine_type* e = fresh<engine_type>();
-    const engine_type* o = other.engine();
-    if (e && o && values.rows() == o->rows() && e->dense().init(values) == 0) e->set_IDs(o->get_IDs());
-    else if (e) e->clear();
-    set_w(static_cast<ref_counted*>(e));
+    set_w(static_cast<ref_counted*>(mops::with_values(other, values)));
 }
 
 FEM_Zmatrix::FEM_Zmatrix(core::FEM_Zmatrix_engine* e) { set_w(static_cast<ref_counted*>(e)); }
@@ -60,67 +49,47 @@ FEM_Zmatrix::FEM_Zmatrix(core::FEM_Zmatrix_engine* e) { set_w(static_cast<ref_co
 FEM_Zmatrix::index_type FEM_Zmatrix::rows() const { return engine() ? engine()->rows() : 0; }
 FEM_Zmatrix::index_type FEM_Zmatrix::cols() const { return engine() ? engine()->cols() : 0; }
 
-FEM_Zmatrix::index_type FEM_Zmatrix::row_pos(index_type ID) const {
-    const std::uint32_t r = engine() ? engine()->row_of(ID) : engine_type::npos;
-    return r == engine_type::npos ? ~index_type(0) : index_type(r);
-}
+FEM_Zmatrix::index_type FEM_Zmatrix::row_pos(index_type ID) const { return mops::row_pos(*this, ID); }
 
-dense1D<unsigned int> FEM_Zmatrix::get_IDs() const {
-    if (!engine() || !engine()->get_IDs()) return dense1D<unsigned int>();
-    return engine()->get_IDs()->list();
-}
+dense1D<unsigned int> FEM_Zmatrix::get_IDs() const { return mops::get_IDs(*this); }
 
 error_type FEM_Zmatrix::get_val(index_type ID, index_type col, value_type& value) const {
-    value = value_type();
-    if (!engine()) return error_data;
-    return static_cast<error_type>(engine()->get_val(ID, col, value));
+    return mops::get_val(*this, ID, col, value);
 }
 
 error_type FEM_Zmatrix::set_val(index_type ID, index_type col, value_type value) {
-    if (!engine()) return error_data;
-    return static_cast<error_type>(engine()->set_val(ID, col, value, false));
+    return mops::set_val(*this, ID, col, value, false);
 }
 
 error_type FEM_Zmatrix::setID_val(index_type ID, index_type col, value_type value) {
-    if (!engine()) return error_data;
-    return static_cast<error_type>(engine()->set_val(ID, col, value, true));
+    return mops::set_val(*this, ID, col, value, true);
 }
 
 error_type FEM_Zmatrix::get_row(index_type ID, dense1D<value_type>& v, index_type first, index_type n) const {
-    if (!engine()) return error_data;
-    return static_cast<error_type>(engine()->get_row(ID, v, first, n));
+    return mops::get_row(*this, ID, v, first, n);
 }
 
 error_type FEM_Zmatrix::get_row(index_type ID, dense1D<value_type>& v, index_type col) const {
     return get_row(ID, v, col, ~index_type(0));
 }
 
-error_type FEM_Zmatrix::get_row(index_type ID, dense1D<value_type>& v) const { return get_row(ID, v, 0, ~index_type(0)); }
+error_type FEM_Zmatrix::get_row(index_type ID, dense1D<value_type>& v) const {
+    return get_row(ID, v, 0, ~index_type(0));
+}
 
 error_type FEM_Zmatrix::set_row(index_type ID, const dense1D<value_type>& v, index_type col) {
-    if (!engine()) return error_data;
-    return static_cast<error_type>(engine()->set_row(ID, v, col, false));
+    return mops::set_row(*this, ID, v, col, false);
 }
 
 error_type FEM_Zmatrix::setID_row(index_type ID, const dense1D<value_type>& v, index_type col) {
-    if (!engine()) return error_data;
-    return static_cast<error_type>(engine()->set_row(ID, v, col, true));
+    return mops::set_row(*this, ID, v, col, true);
 }
 
-dense1D<FEM_Zmatrix::value_type> FEM_Zmatrix::col(index_type c) const {
-    if (!engine() || c >= engine()->cols()) return dense1D<value_type>();
-    return engine()->dense().column(std::size_t(c));
-}
+dense1D<FEM_Zmatrix::value_type> FEM_Zmatrix::col(index_type c) const { return mops::col(*this, c); }
 
-error_type FEM_Zmatrix::get_col(index_type c, dense1D<value_type>& v) const {
-    if (!engine() || c >= engine()->cols()) return error_data;
-    return static_cast<error_type>(engine()->dense().get_col(std::size_t(c), v));
-}
+error_type FEM_Zmatrix::get_col(index_type c, dense1D<value_type>& v) const { return mops::get_col(*this, c, v); }
 
-error_type FEM_Zmatrix::set_col(index_type c, const dense1D<value_type>& v) {
-    if (!engine() || c >= engine()->cols()) return error_data;
-    return static_cast<error_type>(engine()->dense().set_col(std::size_t(c), v));
-}
+error_type FEM_Zmatrix::set_col(index_type c, const dense1D<value_type>& v) { return mops::set_col(*this, c, v); }
 
 error_type FEM_Zmatrix::get_vector(index_type node, field_tag tag, index_type col, dense1D<value_type>& v) const {
     value_type out[3];
@@ -141,44 +110,19 @@ error_type FEM_Zmatrix::set_vector(index_type node, field_tag tag, index_type co
     return static_cast<error_type>(engine()->set_vector(node, tag, col, in));
 }
 
-error_type FEM_Zmatrix::push_back(const FEM_Zmatrix& other) {
-    if (!engine() || !other.engine()) return error_data;
-    return static_cast<error_type>(engine()->push_back(*other.engine()));
-}
+error_type FEM_Zmatrix::push_back(const FEM_Zmatrix& other) { return mops::push_back(*this, other); }
 
-error_type FEM_Zmatrix::pop_back(index_type n) {
-    if (!engine()) return error_data;
-    engine()->pop_back(n > engine()->cols() ? engine()->cols() : std::size_t(n));
-    return no_error;
-}
+error_type FEM_Zmatrix::pop_back(index_type n) { return mops::pop_back(*this, n); }
 
-error_type FEM_Zmatrix::copy(const FEM_Zmatrix& other) {
-    if (!engine() || !other.engine()) return error_data;
-    if (engine() == other.engine()) return no_error;
-    other.engine()->dense().force_incore();
-    const int rc = engine()->copy_from(*other.engine());
-    if (rc == 0 && !engine()->dense().force_incore()) {
-        engine()->clear();
-        return error_memory;
-    }
-    if (rc) engine()->clear();
-    return static_cast<error_type>(rc);
-}
+error_type FEM_Zmatrix::copy(const FEM_Zmatrix& other) { return mops::copy(*this, other); }
 
-error_type FEM_Zmatrix::copy(value_type value) {
-    if (!engine()) return error_data;
-    return static_cast<error_type>(engine()->dense().fill(value));
-}
+error_type FEM_Zmatrix::copy(value_type value) { return mops::fill(*this, value); }
 
 void FEM_Zmatrix::clear() {
     if (engine()) engine()->clear();
 }
 
-void FEM_Zmatrix::shallow_copy(const FEM_Zmatrix& other) {
-    if (!engine() || !other.engine() || engine() == other.engine()) return;
-    engine()->dense() = other.engine()->dense();
-    engine()->set_IDs(other.engine()->get_IDs());
-}
+void FEM_Zmatrix::shallow_copy(const FEM_Zmatrix& other) { mops::shallow_copy(*this, other); }
 
 error_type FEM_Zmatrix::axpy(double alpha, const FEM_Zmatrix& other) {
     if (!engine() || !other.engine()) return error_data;
@@ -245,14 +189,7 @@ FEM_Zstates::FEM_Zstates(const dense1D<unsigned int>& IDs, index_type columns, v
 
 FEM_Zstates::FEM_Zstates(const FEM_Zstates& other, index_type first_col, index_type n_cols)
     : FEM_Zmatrix(static_cast<core::FEM_Zmatrix_engine*>(nullptr)) {
-    zstates_type* e = fresh<zstates_type>();
-    const zstates_type* o = other.engine();
-    if (e && o) {
-        const std::size_t c = o->cols();
-        if (e->view_of(*o, first_col > c ? c : std::size_t(first_col), n_cols > c ? c : std::size_t(n_cols)))
-            e->clear();
-    }
-    set_w(static_cast<ref_counted*>(e));
+    set_w(static_cast<ref_counted*>(ops::view_engine(other, first_col, n_cols)));
 }
 
 FEM_Zstates::FEM_Zstates(core::FEM_Zstates_engine* e) : FEM_Zmatrix(static_cast<core::FEM_Zmatrix_engine*>(e)) {}
@@ -262,82 +199,24 @@ FEM_Zstates FEM_Zstates::get_state(index_type col) const {
     return FEM_Zstates(*this, col, 1);
 }
 
-error_type FEM_Zstates::get_state(index_type col, FEM_Zstates& out) const {
-    if (!engine() || col >= engine()->cols()) {
-        out.clear_w();
-        return error_data;
-    }
-    out = get_state(col);
-    return out.rows() == rows() ? no_error : error_memory;
-}
+error_type FEM_Zstates::get_state(index_type col, FEM_Zstates& out) const { return ops::get_state(*this, col, out); }
 
 error_type FEM_Zstates::get_stress_mgr(index_type col, stress_mgr& out) const {
-    out.clear_w();
-    if (!engine() || col >= engine()->cols()) return error_data;
-    Ptr<core::stress_super_mgr> s = engine()->stress_of(std::size_t(col));
-    if (s) out.set_w(static_cast<ref_counted*>(s.get()));
-    return no_error;
+    return ops::get_stress_mgr(*this, col, out);
 }
-
 error_type FEM_Zstates::set_stress_mgr(index_type col, const stress_mgr& in) {
-    if (!engine() || col >= engine()->cols()) return error_data;
-    return static_cast<error_type>(engine()->set_stress(std::size_t(col), Ptr<core::stress_super_mgr>(in.engine())));
+    return ops::set_stress_mgr(*this, col, in);
 }
 
 error_type FEM_Zstates::get_step_value(index_type col, double& value) const {
-    value = 0.0;
-    if (!engine() || col >= engine()->cols()) return error_data;
-    value = engine()->step_of(std::size_t(col));
-    return no_error;
+    return ops::get_step_value(*this, col, value);
 }
+error_type FEM_Zstates::set_step_value(index_type col, double value) { return ops::set_step_value(*this, col, value); }
 
-error_type FEM_Zstates::set_step_value(index_type col, double value) {
-    if (!engine() || col >= engine()->cols()) return error_data;
-    return static_cast<error_type>(engine()->set_step(std::size_t(col), value));
-}
-
-error_type FEM_Zstates::copy(const FEM_Zstates& other) {
-    if (!engine() || !other.engine()) return error_data;
-    if (engine() == other.engine()) return no_error;
-    const error_type rc = FEM_Zmatrix::copy(static_cast<const FEM_Zmatrix&>(other));
-    if (rc) return rc;
-    try {
-        engine()->stresses = other.engine()->stresses;
-        engine()->steps = other.engine()->steps;
-    } catch (...) {
-        return error_memory;
-    }
-    engine()->trim();
-    return no_error;
-}
-
-error_type FEM_Zstates::push_back(const FEM_Zmatrix& other) {
-    if (!engine() || !other.engine()) return error_data;
-    const std::size_t old = engine()->cols();
-    const zstates_type* o = FEM_Zstates(other).engine();  // null for a plain matrix
-    const error_type rc = FEM_Zmatrix::push_back(other);
-    if (rc) return rc;
-    if (o) {
-        for (std::size_t k = 0; old + k < engine()->cols(); ++k) {
-            if (o->stress_of(k)) engine()->set_stress(old + k, o->stress_of(k));
-            if (o->step_of(k) != 0.0) engine()->set_step(old + k, o->step_of(k));
-        }
-    }
-    return no_error;
-}
-
-error_type FEM_Zstates::pop_back(index_type n) {
-    const error_type rc = FEM_Zmatrix::pop_back(n);
-    if (engine()) engine()->trim();
-    return rc;
-}
-
-void FEM_Zstates::clear() {
-    if (!engine()) return;
-    engine()->clear();
-    engine()->stresses.clear();
-    engine()->steps.clear();
-}
+error_type FEM_Zstates::copy(const FEM_Zstates& other) { return ops::copy(*this, other); }
+error_type FEM_Zstates::push_back(const FEM_Zmatrix& other) { return ops::push_back(*this, other); }
+error_type FEM_Zstates::pop_back(index_type n) { return ops::pop_back(*this, n); }
+void FEM_Zstates::clear() { ops::clear(*this); }
 
 }  // namespace fem
 }  // namespace orv

@@ -129,6 +129,15 @@ protected:
         std::snprintf(buf, sizeof buf, "Bad pivot detected: %+E. Replaced with: %+E\n", found, with);
         message(buf);
     }
+    // Rejects the pivot at position and puts `with` in its place, said in the log when
+    // `say`; false when the pivot found was not finite (the factorisation stops).
+    bool replace(double& pivot, std::size_t position, double with, bool say = true) {
+        const double found = pivot;
+        reject(position);
+        pivot = with;
+        if (say) replaced_message(found, with);
+        return std::isfinite(found);
+    }
 };
 
 // A pivot must be finite and positive; a bad one stops the factorisation.
@@ -157,11 +166,7 @@ public:
     bool check(double& pivot, std::size_t position) {
         this->record(pivot, position);
         if (std::isfinite(pivot) && pivot != 0) return true;
-        const double found = pivot;
-        this->reject(position);
-        pivot = replacement;
-        this->replaced_message(found, replacement);
-        return std::isfinite(found);
+        return this->replace(pivot, position, replacement);
     }
 };
 
@@ -176,11 +181,7 @@ public:
     bool check(double& pivot, std::size_t position) {
         this->record(pivot, position);
         if (std::isfinite(pivot) && pivot > 0) return true;
-        const double found = pivot;
-        this->reject(position);
-        pivot = replacement;
-        this->replaced_message(found, replacement);
-        return std::isfinite(found);
+        return this->replace(pivot, position, replacement);
     }
 };
 
@@ -201,14 +202,10 @@ public:
         bool bad = !finite || pivot <= 0;
         if (!bad && lowest < 1e6 && pivot < 1e-12 * lowest) bad = true;
         if (!bad) return true;
-        const double found = pivot;
-        this->reject(position);
         const double top = highest > -1.7976931348623157e+308 ? 0.001 * highest : 0.0;
-        double r = std::max(std::fabs(found), top) * (double(twister()) * 2.3283064370807974e-10);
+        double r = std::max(std::fabs(pivot), top) * (double(twister()) * 2.3283064370807974e-10);
         if (!(r > 0) || !std::isfinite(r)) r = 1.0;
-        pivot = r;
-        this->replaced_message(found, r);
-        return finite;
+        return this->replace(pivot, position, r);
     }
 };
 
@@ -237,10 +234,7 @@ public:
         this->record(pivot, position);
         this->count_value(pivot);
         if (std::isfinite(pivot) && pivot != 0) return true;
-        const double found = pivot;
-        this->reject(position);
-        pivot = replacement;
-        return std::isfinite(found);
+        return this->replace(pivot, position, replacement, false);
     }
 };
 

@@ -161,31 +161,11 @@ int factorize_with_outcome(skyline_factor& A, Checker& checker, bool definite, c
     return out.error;
 }
 
-// One function for each kind of checker.
-template <class V>
-int factorize_with_outcome(skyline_factor& A, pivot_check_positive<V>& c, const std::uint32_t* ids,
-                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
-    return factorize_with_outcome(A, c, false, ids, cache_bytes, n_threads, out);
-}
-template <class V>
-int factorize_with_outcome(skyline_factor& A, pivot_force_positive<V>& c, const std::uint32_t* ids,
-                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
-    return factorize_with_outcome(A, c, false, ids, cache_bytes, n_threads, out);
-}
-template <class V>
-int factorize_with_outcome(skyline_factor& A, pivot_force_positive_rnd<V>& c, const std::uint32_t* ids,
-                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
-    return factorize_with_outcome(A, c, false, ids, cache_bytes, n_threads, out);
-}
-template <class V>
-int factorize_with_outcome(skyline_factor& A, pivot_force_definite<V>& c, const std::uint32_t* ids,
-                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
-    return factorize_with_outcome(A, c, true, ids, cache_bytes, n_threads, out);
-}
-template <class P, class V>
-int factorize_with_outcome(skyline_factor& A, count_n_force_definite<P, V>& c, const std::uint32_t* ids,
-                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
-    return factorize_with_outcome(A, c, true, ids, cache_bytes, n_threads, out);
+// The kind (definite or not) from the checker.
+template <class Checker>
+int factorize_with_outcome(skyline_factor& A, Checker& c, const std::uint32_t* ids, std::size_t cache_bytes,
+                           int n_threads, pivot_outcome& out) {
+    return factorize_with_outcome(A, c, Checker::definite_kind, ids, cache_bytes, n_threads, out);
 }
 
 // The same on the factor of an indexed matrix: the DOF IDs come from its numbering,

@@ -185,7 +185,8 @@ T symmetric_hybrid_OOC<T>::get_val(std::size_t r, std::size_t c) const {
 }
 
 template <class T>
-int symmetric_hybrid_OOC<T>::set_val(std::size_t r, std::size_t c, T v) {
+int symmetric_hybrid_OOC<T>::writable_entry(std::size_t r, std::size_t c, T*& p) {
+    p = nullptr;
     const std::size_t n = dimension();
     if (r >= n || c >= n) return -101;
     if (r > c) std::swap(r, c);
@@ -193,27 +194,26 @@ int symmetric_hybrid_OOC<T>::set_val(std::size_t r, std::size_t c, T v) {
     std::uint64_t w0, w1;
     if (window(b, true, w0, w1)) return -200;
     block_type& blk = proxy_->block(b);
-    T* p = (r == c) ? blk.diag() + (r - blk.first()) : blk.entry(r, c);
+    p = (r == c) ? blk.diag() + (r - blk.first()) : blk.entry(r, c);
     if (!p) return -102;
-    *p = v;
     proxy_->ever_written[b] = true;
     return 0;
 }
 
 template <class T>
+int symmetric_hybrid_OOC<T>::set_val(std::size_t r, std::size_t c, T v) {
+    T* p;
+    const int rc = writable_entry(r, c, p);
+    if (!rc) *p = v;
+    return rc;
+}
+
+template <class T>
 int symmetric_hybrid_OOC<T>::add_val(std::size_t r, std::size_t c, T v) {
-    const std::size_t n = dimension();
-    if (r >= n || c >= n) return -101;
-    if (r > c) std::swap(r, c);
-    const std::uint64_t b = block_of_[r];
-    std::uint64_t w0, w1;
-    if (window(b, true, w0, w1)) return -200;
-    block_type& blk = proxy_->block(b);
-    T* p = (r == c) ? blk.diag() + (r - blk.first()) : blk.entry(r, c);
-    if (!p) return -102;
-    *p += v;
-    proxy_->ever_written[b] = true;
-    return 0;
+    T* p;
+    const int rc = writable_entry(r, c, p);
+    if (!rc) *p += v;
+    return rc;
 }
 
 // Adds factor * value for the entries (column, value) of one row, columns ascending

@@ -134,6 +134,9 @@ public:
     std::string report_text(bool with_numbers) const;
 
 protected:
+    // The stored place of entry (r, c), its block made resident and marked written:
+    // 0, or the codes of set_val (p null then).
+    int writable_entry(std::size_t r, std::size_t c, T*& p);
     int row_pour(std::size_t row, const std::pair<std::size_t, T>* entries, std::size_t n, T factor);
 
     Ptr<proxy_type> proxy_;

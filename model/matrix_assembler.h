@@ -160,6 +160,49 @@ inline bool has_entries(const element_gen_matrix& e) {
 
 }  // namespace detail
 
+// The part shared by the assemblers into one indexed target: the target, the
+// multiplier, and the DOF pairs of the element being added.
+template <class Target>
+class matrix_target_assembler : public matrix_assembler_base {
+public:
+    typedef typename Target::value_type value_type;
+
+    matrix_target_assembler(Target& target, value_type multiplier)
+        : target_(&target), multiplier_(multiplier) {}
+
+    bool is_null() const override {
+        return multiplier_ == value_type(0.0) || !target_->get_IDs() || storage_empty(target_->matrix());
+    }
+    value_type multiplier() const { return multiplier_; }
+
+    // f d on the diagonal of the target.
+    int add_diag(double factor, const DOF_vector& d) override {
+        value_type f;
+        if (!begin_add(factor, d, f)) return 0;
+        for (const DOF_pair& p : pairs_) {
+            if (p.second >= d.size() || d[p.second] == 0.0) continue;
+            const int rc = storage_add(target_->matrix(), p.first, p.first, f * d[p.second]);
+            if (rc) return rc;
+        }
+        return 0;
+    }
+
+protected:
+    // f = factor * multiplier and pairs_ mapped for the element e (a DOF vector or an
+    // element matrix); false when there is nothing to add.
+    template <class E>
+    bool begin_add(double factor, const E& e, value_type& f) {
+        f = factor * multiplier_;
+        if (f == value_type(0.0) || !detail::has_entries(e) || is_null()) return false;
+        map_DOFs(target_->get_IDs().get(), e.get_IDs().get(), pairs_);
+        return true;
+    }
+
+    Target* target_;
+    value_type multiplier_;
+    std::vector<DOF_pair> pairs_;
+};
+
 // Symmetric target that keeps one triangle, `Target` being an indexed_sym (sparse in
 // core, block skyline) or an indexed2D_row of a dense matrix (row-indexed, both
 // triangles available but the lower one written). Skew = false: adds only element
@@ -167,37 +210,21 @@ inline bool has_entries(const element_gen_matrix& e) {
 // those whose flag is clear, with the sign of the mirrored entry
 // (matrix_skew_assembler).
 template <class Target, bool Skew>
-class matrix_triangle_assembler : public matrix_assembler_base {
+class matrix_triangle_assembler : public matrix_target_assembler<Target> {
+    typedef matrix_target_assembler<Target> base;
+    using base::begin_add;
+    using base::pairs_;
+    using base::target_;
+
 public:
-    typedef typename Target::value_type value_type;
+    typedef typename base::value_type value_type;
+    using base::base;
 
-    matrix_triangle_assembler(Target& target, value_type multiplier)
-        : target_(&target), multiplier_(multiplier) {}
-
-    bool is_null() const override {
-        return multiplier_ == value_type(0.0) || !target_->get_IDs() || storage_empty(storage());
-    }
-    value_type multiplier() const { return multiplier_; }
-
-    int add_diag(double factor, const DOF_vector& d) override {
-        if (Skew) return 0;
-        const value_type f = factor * multiplier_;
-        if (f == value_type(0.0) || !detail::has_entries(d) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), d.get_IDs().get(), pairs_);
-        for (const DOF_pair& p : pairs_) {
-            if (p.second >= d.size()) continue;
-            const double v = d[p.second];
-            if (v == 0.0) continue;
-            const int rc = storage_add(storage(), p.first, p.first, f * v);
-            if (rc) return rc;
-        }
-        return 0;
-    }
+    int add_diag(double factor, const DOF_vector& d) override { return Skew ? 0 : base::add_diag(factor, d); }
     int add_gen(double, const element_gen_matrix&) override { return 0; }
     int add_sparse(double factor, const element_sparse_matrix& e, bool symmetric) override {
-        const value_type f = factor * multiplier_;
-        if (symmetric == Skew || f == value_type(0.0) || !detail::has_entries(e) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), e.get_IDs().get(), pairs_);
+        value_type f;
+        if (symmetric == Skew || !begin_add(factor, e, f)) return 0;
         if constexpr (has_element_add<storage_type>::value) {
             element_positions(e.matrix().dim());
             return storage().add(f, e.matrix(), map_.data(), Skew) == -199 ? -199 : 0;
@@ -209,9 +236,8 @@ public:
         }
     }
     int add_sym(double factor, const element_sym_matrix& e, bool symmetric) override {
-        const value_type f = factor * multiplier_;
-        if (symmetric == Skew || f == value_type(0.0) || !detail::has_entries(e) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), e.get_IDs().get(), pairs_);
+        value_type f;
+        if (symmetric == Skew || !begin_add(factor, e, f)) return 0;
         if constexpr (has_element_add<storage_type>::value) {
             element_positions(e.matrix().dim());
             return storage().add(f, e.matrix(), map_.data(), Skew) == -199 ? -199 : 0;
@@ -244,9 +270,6 @@ private:
         return storage_add(storage(), I, J, Skew ? -(f * v) : f * v);
     }
 
-    Target* target_;
-    value_type multiplier_;
-    std::vector<DOF_pair> pairs_;
     std::vector<std::uint32_t> map_;
 };
 
@@ -290,31 +313,19 @@ private:
 // index (the complex impedance matrix). Symmetric element matrices go in whole (both
 // triangles), skew ones with the mirrored sign, general ones as they are.
 template <class Target>
-class matrix_gen_assembler : public matrix_assembler_base {
+class matrix_gen_assembler : public matrix_target_assembler<Target> {
+    typedef matrix_target_assembler<Target> base;
+    using base::begin_add;
+    using base::pairs_;
+    using base::target_;
+
 public:
-    typedef typename Target::value_type value_type;
+    typedef typename base::value_type value_type;
+    using base::base;
 
-    matrix_gen_assembler(Target& target, value_type multiplier)
-        : target_(&target), multiplier_(multiplier) {}
-
-    bool is_null() const override {
-        return multiplier_ == value_type(0.0) || !target_->get_IDs() || storage_empty(target_->matrix());
-    }
-    int add_diag(double factor, const DOF_vector& d) override {
-        const value_type f = factor * multiplier_;
-        if (f == value_type(0.0) || !detail::has_entries(d) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), d.get_IDs().get(), pairs_);
-        for (const DOF_pair& p : pairs_) {
-            if (p.second >= d.size() || d[p.second] == 0.0) continue;
-            const int rc = storage_add(target_->matrix(), p.first, p.first, f * d[p.second]);
-            if (rc) return rc;
-        }
-        return 0;
-    }
     int add_gen(double factor, const element_gen_matrix& e) override {
-        const value_type f = factor * multiplier_;
-        if (f == value_type(0.0) || !detail::has_entries(e) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), e.get_IDs().get(), pairs_);
+        value_type f;
+        if (!begin_add(factor, e, f)) return 0;
         for (const DOF_pair& a : pairs_) {
             if (a.second >= e.rows()) continue;
             for (const DOF_pair& b : pairs_) {
@@ -328,18 +339,16 @@ public:
         return 0;
     }
     int add_sparse(double factor, const element_sparse_matrix& e, bool symmetric) override {
-        const value_type f = factor * multiplier_;
-        if (f == value_type(0.0) || !detail::has_entries(e) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), e.get_IDs().get(), pairs_);
+        value_type f;
+        if (!begin_add(factor, e, f)) return 0;
         return detail::for_each_sparse_entry(e, pairs_, map_, [&](std::uint32_t I, std::uint32_t J,
                                                                     std::size_t, std::size_t, double v) {
             return add_both(I, J, f, v, symmetric);
         });
     }
     int add_sym(double factor, const element_sym_matrix& e, bool symmetric) override {
-        const value_type f = factor * multiplier_;
-        if (f == value_type(0.0) || !detail::has_entries(e) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), e.get_IDs().get(), pairs_);
+        value_type f;
+        if (!begin_add(factor, e, f)) return 0;
         return detail::for_each_sym_entry(e, pairs_, [&](std::uint32_t I, std::uint32_t J, std::size_t,
                                                           std::size_t, double v) {
             return add_both(I, J, f, v, symmetric);
@@ -355,30 +364,26 @@ private:
         return storage_add(target_->matrix(), J, I, symmetric ? f * v : -(f * v));
     }
 
-    Target* target_;
-    value_type multiplier_;
-    std::vector<DOF_pair> pairs_;
     std::vector<std::uint32_t> map_;
 };
 
 // Rows of a dense matrix numbered by the target's index: element general matrices add
 // their rows, column by column, up to the smaller column count.
 template <class Target>
-class matrix_indexed2d_assembler : public matrix_assembler_base {
+class matrix_indexed2d_assembler : public matrix_target_assembler<Target> {
+    typedef matrix_target_assembler<Target> base;
+    using base::begin_add;
+    using base::pairs_;
+    using base::target_;
+
 public:
-    typedef typename Target::value_type value_type;
+    typedef typename base::value_type value_type;
+    using base::base;
 
-    matrix_indexed2d_assembler(Target& target, value_type multiplier)
-        : target_(&target), multiplier_(multiplier) {}
-
-    bool is_null() const override {
-        return multiplier_ == value_type(0.0) || !target_->get_IDs() || storage_empty(target_->matrix());
-    }
     int add_diag(double, const DOF_vector&) override { return 0; }
     int add_gen(double factor, const element_gen_matrix& e) override {
-        const value_type f = factor * multiplier_;
-        if (f == value_type(0.0) || !detail::has_entries(e) || is_null()) return 0;
-        map_DOFs(target_->get_IDs().get(), e.get_IDs().get(), pairs_);
+        value_type f;
+        if (!begin_add(factor, e, f)) return 0;
         const std::size_t nc = e.cols() < target_->cols() ? e.cols() : target_->cols();
         for (std::size_t c = 0; c < nc; ++c) {
             for (const DOF_pair& p : pairs_) {
@@ -393,11 +398,6 @@ public:
     }
     int add_sparse(double, const element_sparse_matrix&, bool) override { return 0; }
     int add_sym(double, const element_sym_matrix&, bool) override { return 0; }
-
-private:
-    Target* target_;
-    value_type multiplier_;
-    std::vector<DOF_pair> pairs_;
 };
 
 // Which DOFs a projection keeps: DOFs whose position in their node (ID % 9) has its

@@ -117,10 +117,11 @@ cartesian_basis::cartesian_basis(const mat3& R) {
 
 void cartesian_basis::get_basis(const vec3&, mat3& R) const { R = R_; }
 
-// --- cylindrical_basis -----------------------------------------------------------
+// --- axial_basis -----------------------------------------------------------------
 
-cylindrical_basis::cylindrical_basis(const vec3& origin, const vec3& axis)
-    : origin_(origin), axis_(stored_axis(axis)) {}
+axial_basis::axial_basis(const vec3& origin, const vec3& axis) : origin_(origin), axis_(stored_axis(axis)) {}
+
+// --- cylindrical_basis -----------------------------------------------------------
 
 void cylindrical_basis::get_basis(const vec3& point, mat3& R) const {
     const vec3 p = point - origin_;
@@ -139,9 +140,6 @@ void cylindrical_basis::get_basis(const vec3& point, mat3& R) const {
 }
 
 // --- spherical_basis -------------------------------------------------------------
-
-spherical_basis::spherical_basis(const vec3& origin, const vec3& axis)
-    : origin_(origin), axis_(stored_axis(axis)) {}
 
 void spherical_basis::get_basis(const vec3& point, mat3& R) const {
     vec3 e3 = point - origin_;

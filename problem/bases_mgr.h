@@ -44,20 +44,27 @@ private:
     matrix_fixed<double, 3, 3> R_;
 };
 
+// A basis given by an origin and an axis (normalised as for the cylindrical basis
+// below): the common part of the cylindrical and the spherical bases.
+class axial_basis : public basis_base {
+public:
+    axial_basis(const vector_fixed<double, 3>& origin, const vector_fixed<double, 3>& axis);
+    const vector_fixed<double, 3>& origin() const { return origin_; }
+    const vector_fixed<double, 3>& axis() const { return axis_; }
+
+protected:
+    vector_fixed<double, 3> origin_;
+    vector_fixed<double, 3> axis_;
+};
+
 // e1 radial, e2 circumferential (axis x e1), e3 along the axis through origin.
 // The axis is normalised unless its length is 0 or 1; a length below 1e-12 sets its
 // third component to 1. On the axis, e1 takes the coordinate direction of the
 // smallest component of the axis (the first on a tie), made orthogonal to the axis.
-class cylindrical_basis : public basis_base {
+class cylindrical_basis : public axial_basis {
 public:
-    cylindrical_basis(const vector_fixed<double, 3>& origin, const vector_fixed<double, 3>& axis);
+    using axial_basis::axial_basis;
     void get_basis(const vector_fixed<double, 3>& point, matrix_fixed<double, 3, 3>& R) const override;
-    const vector_fixed<double, 3>& origin() const { return origin_; }
-    const vector_fixed<double, 3>& axis() const { return axis_; }
-
-private:
-    vector_fixed<double, 3> origin_;
-    vector_fixed<double, 3> axis_;
 };
 
 // e3 radial from origin, e1 along the parallel about the axis (axis x e3), e2 = e3 x
@@ -66,16 +73,10 @@ private:
 // itself (where axis x e3 vanishes), e1 takes the coordinate direction of the
 // smallest component of e3, made orthogonal to e3, so that the basis stays
 // orthonormal.
-class spherical_basis : public basis_base {
+class spherical_basis : public axial_basis {
 public:
-    spherical_basis(const vector_fixed<double, 3>& origin, const vector_fixed<double, 3>& axis);
+    using axial_basis::axial_basis;
     void get_basis(const vector_fixed<double, 3>& point, matrix_fixed<double, 3, 3>& R) const override;
-    const vector_fixed<double, 3>& origin() const { return origin_; }
-    const vector_fixed<double, 3>& axis() const { return axis_; }
-
-private:
-    vector_fixed<double, 3> origin_;
-    vector_fixed<double, 3> axis_;
 };
 
 // Engine object of the registry of the local bases of a context. Owned by a context

@@ -1,0 +1,515 @@
+// Benchmark of a whole linear static run on a clamped cube of hexa8 elements, phase by
+// phase, and the same mesh run through an external solver (CalculiX, element C3D8,
+// full 2x2x2 integration like ours) for the ratio of whole-run times and the largest
+// difference between the two displacement fields.
+//
+// usage: static_bench [--n N] [--nx N] [--ny N] [--nz N] [--threads T] [--reps R]
+//                     [--ccx PATH] [--keep DIR] [--quiet]
+//
+// The mesh: nx * ny * nz unit-cube elements, E = 1, nu = 0.3, nodes numbered x fastest
+// (node = i + (nx + 1) * (j + (ny + 1) * k)), the face z = 0 clamped, a uniform traction
+// of total magnitude 1 in -z on the face z = nz as consistent nodal loads (a quarter of
+// each element face's share on each of its corners).
+#include <omp.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <orv/fem/DOFs_mgr.h>
+#include <orv/fem/context.h>
+#include <orv/fem/element_type.h>
+#include <orv/fem/law_solid_stiff.h>
+#include <orv/fem/model_solid.h>
+#include <orv/fem/numerical_model_stiff.h>
+#include <orv/fem/problem_data.h>
+#include <orv/fem/solver_static_linear.h>
+
+#include "orvmath1/dense1D.h"
+#include "orvmath1/dense2D.h"
+
+using namespace orv;
+
+namespace {
+
+double now() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+double cpu_seconds(const rusage& ru) {
+    return double(ru.ru_utime.tv_sec) + 1e-6 * double(ru.ru_utime.tv_usec) + double(ru.ru_stime.tv_sec) +
+           1e-6 * double(ru.ru_stime.tv_usec);
+}
+
+// Processor time of this process (all its threads) so far.
+double process_cpu() {
+    rusage ru;
+    return getrusage(RUSAGE_SELF, &ru) == 0 ? cpu_seconds(ru) : 0.0;
+}
+
+// One-minute load average of the machine, -1 when unknown: the figures are only
+// meaningful when it stays well under the thread count of the machine.
+double load_average() {
+    std::ifstream f("/proc/loadavg");
+    double l = -1.0;
+    if (!(f >> l)) return -1.0;
+    return l;
+}
+
+double median(std::vector<double> v) {
+    if (v.empty()) return 0.0;
+    std::sort(v.begin(), v.end());
+    const std::size_t m = v.size() / 2;
+    return v.size() % 2 ? v[m] : 0.5 * (v[m - 1] + v[m]);
+}
+
+struct options {
+    unsigned nx = 20, ny = 20, nz = 20;
+    unsigned threads = 1;
+    unsigned reps = 3;
+    std::string ccx;
+    std::string keep;
+    bool quiet = false;
+};
+
+[[noreturn]] void usage() {
+    std::fprintf(stderr,
+                 "usage: static_bench [--n N] [--nx N] [--ny N] [--nz N] [--threads T] [--reps R]\n"
+                 "                    [--ccx PATH] [--keep DIR] [--quiet]\n");
+    std::exit(2);
+}
+
+// The structured mesh and its load.
+struct cube_mesh {
+    unsigned nx, ny, nz;
+    unsigned Nx, Ny, Nz;
+    dense2D<double> pos;            // 3 x nodes
+    dense2D<unsigned int> conn;     // 8 x elements, 0-based nodes
+    std::vector<double> load_z;     // force in z on each node (0 where none)
+
+    cube_mesh(unsigned nx_, unsigned ny_, unsigned nz_)
+        : nx(nx_), ny(ny_), nz(nz_), Nx(nx_ + 1), Ny(ny_ + 1), Nz(nz_ + 1),
+          pos(3, std::size_t(nx_ + 1) * (ny_ + 1) * (nz_ + 1), 0.0),
+          conn(8, std::size_t(nx_) * ny_ * nz_, 0u),
+          load_z(std::size_t(nx_ + 1) * (ny_ + 1) * (nz_ + 1), 0.0) {
+        for (unsigned k = 0; k < Nz; ++k)
+            for (unsigned j = 0; j < Ny; ++j)
+                for (unsigned i = 0; i < Nx; ++i) {
+                    const unsigned v = node(i, j, k);
+                    pos(0, v) = i;
+                    pos(1, v) = j;
+                    pos(2, v) = k;
+                }
+        // Corners counter-clockwise on the lower face, then on the upper face.
+        static const unsigned corner[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
+                                              {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
+        std::size_t e = 0;
+        for (unsigned k = 0; k < nz; ++k)
+            for (unsigned j = 0; j < ny; ++j)
+                for (unsigned i = 0; i < nx; ++i, ++e)
+                    for (unsigned a = 0; a < 8; ++a)
+                        conn(a, e) = node(i + corner[a][0], j + corner[a][1], k + corner[a][2]);
+        const double q = -1.0 / (double(nx) * ny);
+        for (unsigned j = 0; j < ny; ++j)
+            for (unsigned i = 0; i < nx; ++i)
+                for (unsigned a = 0; a < 4; ++a)
+                    load_z[node(i + (a & 1), j + ((a >> 1) & 1), nz)] += q / 4.0;
+    }
+    unsigned node(unsigned i, unsigned j, unsigned k) const { return i + Nx * (j + Ny * k); }
+    unsigned nbr_nodes() const { return Nx * Ny * Nz; }
+    unsigned nbr_elements() const { return nx * ny * nz; }
+    bool clamped(unsigned v) const { return v < Nx * Ny; }  // k == 0
+};
+
+// ---------------------------------------------------------------------------------
+// Our side.
+
+struct log_lines {
+    std::vector<std::pair<unsigned, std::string>> lines;
+    static void hook(void* p, unsigned level, const char* text) {
+        static_cast<log_lines*>(p)->lines.emplace_back(level, text ? text : "");
+    }
+};
+
+struct our_result {
+    bool ok = false;
+    std::string status;  // "ok" or the error
+    double time_numbering = 0, time_assembly = 0, time_factor = 0, time_RHS = 0, time_solve = 0,
+           time_total = 0;
+    double wall_setup = 0;  // law, physics, mesh model, DOF table, loads, problem record
+    double wall_run = 0;    // the run() call
+    double cpu_run = 0;     // processor time of the run() call, all threads
+    std::uint32_t nbr_free_DOFs = 0;
+    double size_Kf = 0, energy = 0, pivot_min = 0, pivot_max = 0;
+    std::vector<double> U;  // 3 per node, clamped nodes 0
+    log_lines log;
+};
+
+our_result run_ours(const cube_mesh& m, unsigned threads) {
+    our_result r;
+    const double t0 = now();
+    fem::context ctx;
+    ctx.set_max_threads(threads);
+    fem::law_solid_StVenant law(ctx);
+    if (!law.is_valid()) {
+        r.status = "law_solid_StVenant could not be created";
+        return r;
+    }
+    if (int rc = law.init(1.0, 0.3, 0.0)) {
+        r.status = "law_solid_StVenant::init returned " + std::to_string(rc);
+        return r;
+    }
+    fem::model_solid_lin physics;
+    if (fem::error_type rc = physics.init(law)) {
+        r.status = "model_solid_lin::init returned " + std::to_string(rc);
+        return r;
+    }
+    fem::numerical_model_stiff_lin mesh;
+    if (fem::error_type rc = mesh.init(ctx, physics, m.conn, fem::FE_hexa8)) {
+        r.status = "numerical_model_stiff_lin::init returned " + std::to_string(rc);
+        return r;
+    }
+    const unsigned nodes = m.nbr_nodes();
+    fem::DOFs_mgr table(nodes, false);
+    for (unsigned v = 0; v < nodes; ++v)
+        if (!m.clamped(v)) table.set(v, fem::field_displacement, true);
+    dense2D<double> pos = m.pos;
+    fem::problem_data problem(ctx, pos, table, mesh.ID(), 1);
+    fem::loads_mgr loads = problem.get_loads_mgr(0);
+    for (unsigned v = 0; v < nodes; ++v)
+        if (m.load_z[v] != 0.0 && !m.clamped(v))
+            loads.record_nodal_load(v, fem::field_displacement, 2, m.load_z[v]);
+    r.wall_setup = now() - t0;
+
+    fem::solver_static_linear solver;
+    solver.settings.output_mask = 64;
+    solver.settings.display_hook = &log_lines::hook;
+    solver.settings.pass_thru = &r.log;
+    fem::solver_static_linear::data_type data(problem);
+    const double c1 = process_cpu();
+    const double t1 = now();
+    solver.run(data);
+    r.wall_run = now() - t1;
+    r.cpu_run = process_cpu() - c1;
+
+    r.time_numbering = data.time_numbering;
+    r.time_assembly = data.time_assembly;
+    r.time_factor = data.time_factor;
+    r.time_RHS = data.time_RHS;
+    r.time_solve = data.time_solve;
+    r.time_total = data.time_total;
+    r.nbr_free_DOFs = data.nbr_free_DOFs;
+    r.size_Kf = data.size_Kf;
+    r.pivot_min = data.pivot_min;
+    r.pivot_max = data.pivot_max;
+    if (data.energy.size() > 0) r.energy = data.energy[0];
+    if (data.error_code != 0) {
+        r.status = "run error " + std::to_string(data.error_code) + " " + data.error_name + " " +
+                   data.error_msg;
+        return r;
+    }
+    if (data.U.cols() != 1) {
+        r.status = "run returned no displacement column";
+        return r;
+    }
+    r.U.assign(3 * std::size_t(nodes), 0.0);
+    for (unsigned v = 0; v < nodes; ++v) {
+        if (m.clamped(v)) continue;
+        for (unsigned d = 0; d < 3; ++d) {
+            double u = 0.0;
+            if (data.U.get_val(9ull * v + d, 0, u) != 0) {
+                r.status = "no displacement for DOF " + std::to_string(9ull * v + d);
+                return r;
+            }
+            r.U[3 * std::size_t(v) + d] = u;
+        }
+    }
+    r.ok = true;
+    r.status = data.warning_code ? "ok, warning " + std::to_string(data.warning_code) : "ok";
+    return r;
+}
+
+// ---------------------------------------------------------------------------------
+// The external solver.
+
+// The deck: nodes and elements 1-based, the clamped face as a node set, the top loads
+// as concentrated loads in z, one linear static step with the displacements printed
+// to the .dat file.
+bool write_deck(const cube_mesh& m, const std::string& path) {
+    FILE* f = std::fopen(path.c_str(), "w");
+    if (!f) return false;
+    std::fprintf(f, "** clamped cube %u x %u x %u of C3D8, E = 1, nu = 0.3\n", m.nx, m.ny, m.nz);
+    std::fprintf(f, "*NODE, NSET=NALL\n");
+    for (unsigned v = 0; v < m.nbr_nodes(); ++v)
+        std::fprintf(f, "%u, %.17g, %.17g, %.17g\n", v + 1, m.pos(0, v), m.pos(1, v), m.pos(2, v));
+    std::fprintf(f, "*ELEMENT, TYPE=C3D8, ELSET=EALL\n");
+    for (unsigned e = 0; e < m.nbr_elements(); ++e) {
+        std::fprintf(f, "%u", e + 1);
+        for (unsigned a = 0; a < 8; ++a) std::fprintf(f, ", %u", m.conn(a, e) + 1);
+        std::fprintf(f, "\n");
+    }
+    std::fprintf(f, "*NSET, NSET=FIXED\n");
+    unsigned count = 0;
+    for (unsigned v = 0; v < m.nbr_nodes(); ++v)
+        if (m.clamped(v)) std::fprintf(f, "%u%s", v + 1, (++count % 16) ? ", " : ",\n");
+    if (count % 16) std::fprintf(f, "\n");
+    std::fprintf(f, "*MATERIAL, NAME=MAT\n*ELASTIC\n1.0, 0.3\n");
+    std::fprintf(f, "*SOLID SECTION, ELSET=EALL, MATERIAL=MAT\n");
+    std::fprintf(f, "*BOUNDARY\nFIXED, 1, 3\n");
+    std::fprintf(f, "*STEP\n*STATIC\n*CLOAD\n");
+    for (unsigned v = 0; v < m.nbr_nodes(); ++v)
+        if (m.load_z[v] != 0.0 && !m.clamped(v)) std::fprintf(f, "%u, 3, %.17g\n", v + 1, m.load_z[v]);
+    std::fprintf(f, "*NODE PRINT, NSET=NALL\nU\n*END STEP\n");
+    return std::fclose(f) == 0;
+}
+
+// Runs `ccx -i job` in dir with the thread variables set to threads; the wall clock of
+// the process, or a negative value on failure. cpu: its processor time.
+double run_ccx(const std::string& ccx, const std::string& dir, unsigned threads, double& cpu) {
+    const std::string t = std::to_string(threads);
+    std::fflush(stdout);
+    std::fflush(stderr);
+    const double t0 = now();
+    const pid_t pid = fork();
+    if (pid < 0) return -1.0;
+    if (pid == 0) {
+        if (chdir(dir.c_str()) != 0) _exit(126);
+        const char* vars[] = {"OMP_NUM_THREADS", "CCX_NPROC_EQUATION_SOLVER", "CCX_NPROC_STIFFNESS",
+                              "CCX_NPROC_RESULTS", "NUMBER_OF_CPUS", "OPENBLAS_NUM_THREADS"};
+        for (const char* v : vars) setenv(v, t.c_str(), 1);
+        FILE* out = std::freopen("job.log", "w", stdout);
+        if (!out) _exit(126);
+        if (dup2(fileno(stdout), 2) < 0) _exit(126);
+        execl(ccx.c_str(), ccx.c_str(), "-i", "job", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    int status = 0;
+    rusage ru;
+    if (wait4(pid, &status, 0, &ru) < 0) return -1.0;
+    const double wall = now() - t0;
+    cpu = cpu_seconds(ru);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) return -1.0;
+    return wall;
+}
+
+// Reads the displacement block of the .dat file: lines "node ux uy uz" after the line
+// that starts with "displacements".
+bool read_dat(const std::string& path, unsigned nodes, std::vector<double>& U) {
+    std::ifstream f(path);
+    if (!f) return false;
+    U.assign(3 * std::size_t(nodes), 0.0);
+    std::vector<char> seen(nodes, 0);
+    std::string line;
+    bool in_block = false;
+    unsigned found = 0;
+    while (std::getline(f, line)) {
+        if (line.find("displacements") != std::string::npos) {
+            in_block = true;
+            continue;
+        }
+        if (!in_block) continue;
+        std::istringstream s(line);
+        long node;
+        double u[3];
+        if (!(s >> node >> u[0] >> u[1] >> u[2])) {
+            if (found > 0 && line.find_first_not_of(" \t\r") != std::string::npos) in_block = false;
+            continue;
+        }
+        if (node < 1 || node > long(nodes)) return false;
+        if (!seen[node - 1]) ++found;
+        seen[node - 1] = 1;
+        for (int d = 0; d < 3; ++d) U[3 * std::size_t(node - 1) + d] = u[d];
+    }
+    return found == nodes;
+}
+
+// Line of the ccx log that names what it used, for the report.
+std::string grep_log(const std::string& path, const char* key) {
+    std::ifstream f(path);
+    std::string line;
+    while (std::getline(f, line))
+        if (line.find(key) != std::string::npos) {
+            const std::size_t a = line.find_first_not_of(" \t");
+            return a == std::string::npos ? std::string() : line.substr(a);
+        }
+    return std::string();
+}
+
+std::string json_escape(const std::string& s) {
+    std::string o;
+    for (char c : s) {
+        if (c == '"' || c == '\\') o += '\\';
+        if (c == '\n') {
+            o += "\\n";
+            continue;
+        }
+        o += c;
+    }
+    return o;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    options o;
+    for (int k = 1; k < argc; ++k) {
+        const std::string a = argv[k];
+        auto val = [&]() -> std::string {
+            if (k + 1 >= argc) usage();
+            return argv[++k];
+        };
+        if (a == "--n") o.nx = o.ny = o.nz = unsigned(std::atoi(val().c_str()));
+        else if (a == "--nx") o.nx = unsigned(std::atoi(val().c_str()));
+        else if (a == "--ny") o.ny = unsigned(std::atoi(val().c_str()));
+        else if (a == "--nz") o.nz = unsigned(std::atoi(val().c_str()));
+        else if (a == "--threads") o.threads = unsigned(std::atoi(val().c_str()));
+        else if (a == "--reps") o.reps = unsigned(std::atoi(val().c_str()));
+        else if (a == "--ccx") o.ccx = val();
+        else if (a == "--keep") o.keep = val();
+        else if (a == "--quiet") o.quiet = true;
+        else usage();
+    }
+    if (o.nx < 1 || o.ny < 1 || o.nz < 1 || o.nx > 400 || o.ny > 400 || o.nz > 400 || o.threads < 1 ||
+        o.reps < 1)
+        usage();
+    omp_set_num_threads(int(o.threads));
+
+    const double load_before = load_average();
+    const cube_mesh m(o.nx, o.ny, o.nz);
+    std::printf("static_bench: hexa8 cube %u x %u x %u, %u nodes, %u elements, %u free DOFs expected, "
+                "%u thread(s), %u rep(s)\n",
+                o.nx, o.ny, o.nz, m.nbr_nodes(), m.nbr_elements(), 3 * (m.nbr_nodes() - m.Nx * m.Ny),
+                o.threads, o.reps);
+
+    // Our side, reps times from scratch.
+    std::vector<double> tn, ta, tf, tr, ts, tt, ws, wr, cr;
+    our_result ours;
+    for (unsigned rep = 0; rep < o.reps; ++rep) {
+        our_result r = run_ours(m, o.threads);
+        if (rep == 0 && !o.quiet) {
+            for (const auto& l : r.log.lines)
+                if (l.first <= 2 && l.second.find_first_not_of(" \r\n") != std::string::npos)
+                    std::printf("  [%u] %s%s", l.first, l.second.c_str(),
+                                              (!l.second.empty() && l.second.back() == '\n') ? "" : "\n");
+        }
+        if (!r.ok) {
+            ours = std::move(r);
+            break;
+        }
+        tn.push_back(r.time_numbering);
+        ta.push_back(r.time_assembly);
+        tf.push_back(r.time_factor);
+        tr.push_back(r.time_RHS);
+        ts.push_back(r.time_solve);
+        tt.push_back(r.time_total);
+        ws.push_back(r.wall_setup);
+        wr.push_back(r.wall_run);
+        cr.push_back(r.cpu_run);
+        ours = std::move(r);
+    }
+    if (ours.ok) {
+        std::printf("ours: %u free DOFs, size Kf %.1f MB, pivots [%.3e, %.3e], energy %.9e\n",
+                    ours.nbr_free_DOFs, ours.size_Kf, ours.pivot_min, ours.pivot_max, ours.energy);
+        std::printf("ours (median of %zu): numbering %.3f s, assembly %.3f s, factor %.3f s, RHS %.3f s, "
+                    "solve %.3f s, total %.3f s; run() wall %.3f s, cpu %.3f s; setup wall %.3f s\n",
+                    tt.size(), median(tn), median(ta), median(tf), median(tr), median(ts), median(tt),
+                    median(wr), median(cr), median(ws));
+    } else {
+        std::printf("ours: NOT RUNNABLE: %s\n", ours.status.c_str());
+    }
+
+    // The external solver.
+    std::string ccx_status = "not run";
+    std::string ccx_solver;
+    std::vector<double> cw, cc;
+    std::vector<double> Uc;
+    if (!o.ccx.empty()) {
+        std::string dir = o.keep;
+        bool temp_dir = false;
+        if (dir.empty()) {
+            char tmpl[] = "/tmp/static_bench_XXXXXX";
+            if (mkdtemp(tmpl)) dir = tmpl, temp_dir = true;
+        } else {
+            mkdir(dir.c_str(), 0755);
+        }
+        if (dir.empty() || !write_deck(m, dir + "/job.inp")) {
+            ccx_status = "cannot write the deck in " + (dir.empty() ? std::string("/tmp") : dir);
+        } else {
+            ccx_status = "ok";
+            for (unsigned rep = 0; rep < o.reps; ++rep) {
+                std::remove((dir + "/job.dat").c_str());
+                double c = 0.0;
+                const double w = run_ccx(o.ccx, dir, o.threads, c);
+                if (w < 0) {
+                    ccx_status = "ccx failed, see " + dir + "/job.log";
+                    temp_dir = false;  // keep it for a look
+                    break;
+                }
+                cw.push_back(w);
+                cc.push_back(c);
+            }
+            if (ccx_status == "ok" && !read_dat(dir + "/job.dat", m.nbr_nodes(), Uc)) {
+                ccx_status = "cannot read the displacements of " + dir + "/job.dat";
+                temp_dir = false;
+            }
+            ccx_solver = grep_log(dir + "/job.log", "Factoring the system of equations");
+            const std::string cpus = grep_log(dir + "/job.log", "cpu(s) for spooles");
+            if (!cpus.empty()) ccx_solver += "; " + cpus;
+            if (ccx_status == "ok")
+                std::printf("ccx (median of %zu): wall %.3f s, cpu %.3f s%s%s\n", cw.size(), median(cw),
+                            median(cc), ccx_solver.empty() ? "" : "; log: ", ccx_solver.c_str());
+            else
+                std::printf("ccx: %s\n", ccx_status.c_str());
+        }
+        if (temp_dir) {
+            for (const char* f : {"job.inp", "job.dat", "job.log", "job.sta", "job.cvg", "job.frd",
+                                  "spooles.out", "job.12d"})
+                std::remove((dir + "/" + f).c_str());
+            rmdir(dir.c_str());
+        }
+    }
+
+    // Comparison.
+    double ratio = 0.0, ratio_cpu = 0.0, max_abs = 0.0, max_ref = 0.0, max_rel = 0.0;
+    const bool compared = ours.ok && ccx_status == "ok";
+    if (compared) {
+        ratio = median(cw) > 0 ? median(tt) / median(cw) : 0.0;
+        ratio_cpu = median(cc) > 0 ? median(cr) / median(cc) : 0.0;
+        for (std::size_t i = 0; i < Uc.size(); ++i) {
+            max_abs = std::max(max_abs, std::fabs(ours.U[i] - Uc[i]));
+            max_ref = std::max(max_ref, std::fabs(Uc[i]));
+        }
+        max_rel = max_ref > 0 ? max_abs / max_ref : 0.0;
+        std::printf("ratio ours total / ccx wall: %.3f (processor time: %.3f); max |u_ours - u_ccx| %.3e, "
+                    "relative to max |u| (%.6e): %.3e\n",
+                    ratio, ratio_cpu, max_abs, max_ref, max_rel);
+    }
+
+    const double load_after = load_average();
+    std::printf("load average (1 min) before %.2f, after %.2f\n", load_before, load_after);
+    std::printf("{\"bench\":\"static_bench\",\"nx\":%u,\"ny\":%u,\"nz\":%u,\"threads\":%u,\"reps\":%u,"
+                "\"ours_status\":\"%s\",\"free_dofs\":%u,\"time_numbering\":%.4f,\"time_assembly\":%.4f,"
+                "\"time_factor\":%.4f,\"time_RHS\":%.4f,\"time_solve\":%.4f,\"time_total\":%.4f,"
+                "\"run_wall\":%.4f,\"run_cpu\":%.4f,\"setup_wall\":%.4f,\"size_Kf_MB\":%.2f,"
+                "\"ccx_status\":\"%s\",\"ccx_wall\":%.4f,\"ccx_cpu\":%.4f,\"ratio\":%.4f,\"ratio_cpu\":%.4f,"
+                "\"max_abs_diff\":%.4e,\"max_rel_diff\":%.4e,\"max_disp\":%.6e,"
+                "\"load_before\":%.2f,\"load_after\":%.2f}\n",
+                o.nx, o.ny, o.nz, o.threads, o.reps, json_escape(ours.status).c_str(), ours.nbr_free_DOFs,
+                median(tn), median(ta), median(tf), median(tr), median(ts), median(tt), median(wr),
+                median(cr), median(ws), ours.size_Kf, json_escape(ccx_status).c_str(), median(cw), median(cc),
+                ratio, ratio_cpu, max_abs, max_rel, max_ref, load_before, load_after);
+    return ours.ok && (o.ccx.empty() || ccx_status == "ok") ? 0 : 1;
+}
