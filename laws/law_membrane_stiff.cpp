@@ -4,17 +4,6 @@
 namespace orv {
 namespace core {
 
-int law_membrane_stiff::get_D(const law_key& key, tangent_type& D) const { return elastic_get_D(*this, key, D); }
-
-int law_membrane_stiff::compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                                stress_type& stress, double& energy, double*, unsigned) const {
-    return elastic_compute(*this, key, strain, D, stress, energy);
-}
-
-int law_membrane_stiff::thermal_correction(const law_key& key, strain_type& strain, double temperature) const {
-    return elastic_thermal_correction(*this, key, strain, temperature);
-}
-
 // --- law_membrane_StVenant -----------------------------------------------------
 
 bool law_membrane_StVenant::check_size(const dense1D<double>& data) const {

@@ -1,9 +1,7 @@
 // Stiffness laws of membranes: the common interface and the elastic laws.
 #pragma once
 
-#include "laws/law_2d.h"
-#include "laws/law_elastic_kernels.h"
-#include "orvmath1/vector_fixed.h"
+#include "laws/law_2d_stiff.h"
 
 namespace orv {
 namespace core {
@@ -11,26 +9,7 @@ namespace core {
 // The law a membrane physics calls at each point, in the element's local frame:
 // strains E11, E22, 2 E12 and the membrane forces per unit length N11, N22, N12 (the
 // thickness is in D).
-class law_membrane_stiff : public law_2d {
-public:
-    static constexpr unsigned nbr_strains = 3;
-    typedef vector_fixed<double, 3> strain_type;
-    typedef vector_fixed<double, 3> stress_type;
-    typedef symmetric_fixed<double, 3> tangent_type;
-
-    // As law_solid_stiff: D at a point, 0 or -1 (D zero).
-    virtual int get_D(const law_key& key, tangent_type& D) const;
-    // As law_solid_stiff::compute on three slots.
-    virtual int compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                        stress_type& stress, double& energy, double* states,
-                        unsigned flags) const;
-    // strain -= (thermal strain per degree) temperature; 0 or -1.
-    virtual int thermal_correction(const law_key& key, strain_type& strain,
-                                   double temperature) const;
-    virtual int fill_D(const dense1D<double>& data, tangent_type& D) const = 0;
-    // Thermal strains per degree in the element's axes (E11, E22, 2 E12).
-    virtual void get_alphas(const dense1D<double>& data, double alpha[3]) const = 0;
-};
+class law_membrane_stiff : public law_2d_stiff<3> {};
 
 // Isotropic membrane. Data: E, nu, alpha, thickness, and a fifth value (reserved, 0
 // when not given): 4 or 5 values, normalised to 5. D = thickness times the plane

@@ -40,17 +40,6 @@ void law_shell_stiff::assemble_D(const symmetric_fixed<double, 3>& P, double t, 
     D(7, 7) = t * H(1, 1);
 }
 
-int law_shell_stiff::get_D(const law_key& key, tangent_type& D) const { return elastic_get_D(*this, key, D); }
-
-int law_shell_stiff::compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                             stress_type& stress, double& energy, double*, unsigned) const {
-    return elastic_compute(*this, key, strain, D, stress, energy);
-}
-
-int law_shell_stiff::thermal_correction(const law_key& key, strain_type& strain, double temperature) const {
-    return elastic_thermal_correction(*this, key, strain, temperature);
-}
-
 // --- law_shell_StVenant ---------------------------------------------------------
 
 bool law_shell_StVenant::check_size(const dense1D<double>& data) const {

@@ -1,9 +1,7 @@
 // Stiffness laws of Mindlin shells: the common interface and the elastic laws.
 #pragma once
 
-#include "laws/law_2d.h"
-#include "laws/law_elastic_kernels.h"
-#include "orvmath1/vector_fixed.h"
+#include "laws/law_2d_stiff.h"
 
 namespace orv {
 namespace core {
@@ -15,25 +13,7 @@ namespace core {
 // t the thickness, I the bending inertia and C the coupling (both per unit width):
 // D is t P on the membrane slots, I P on the bending slots, C P between them, and
 // the transverse shear stiffnesses times t on the two shear slots.
-class law_shell_stiff : public law_2d {
-public:
-    static constexpr unsigned nbr_strains = 8;
-    typedef vector_fixed<double, 8> strain_type;
-    typedef vector_fixed<double, 8> stress_type;
-    typedef symmetric_fixed<double, 8> tangent_type;
-
-    virtual int get_D(const law_key& key, tangent_type& D) const;
-    // As law_solid_stiff::compute on eight slots.
-    virtual int compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                        stress_type& stress, double& energy, double* states,
-                        unsigned flags) const;
-    // A uniform temperature: the membrane strains lose their thermal part.
-    virtual int thermal_correction(const law_key& key, strain_type& strain,
-                                   double temperature) const;
-    virtual int fill_D(const dense1D<double>& data, tangent_type& D) const = 0;
-    // Thermal strains per degree of the membrane slots in the element's axes.
-    virtual void get_alphas(const dense1D<double>& data, double alpha[3]) const = 0;
-
+class law_shell_stiff : public law_2d_stiff<8> {
 protected:
     // D from the plane block P (per unit thickness), the thickness, inertia,
     // coupling and the shear block H (per unit thickness).
