@@ -15,6 +15,30 @@ law_key key_of(const material_point_key& key) {
     k.step = key.step;
     return k;
 }
+
+// The law's compute on N slots, from and to the kernel's plain arrays (D row-major).
+template <class Law>
+int compute_slots(const Law& law, const law_key& k, const double* strain, double* D, double* stress,
+                  double& energy, unsigned flags) {
+    constexpr unsigned N = Law::nbr_strains;
+    typename Law::strain_type e;
+    typename Law::stress_type s;
+    for (unsigned i = 0; i < N; ++i) {
+        e[i] = strain[i];
+        s[i] = stress[i];
+    }
+    typename Law::tangent_type T;
+    energy = 0.0;
+    double states[max_states];
+    if (law.nbr_states() > max_states) return -1;
+    const int rc = law.compute(k, e, T, s, energy, states, flags);
+    if (rc < 0) return rc;
+    for (unsigned i = 0; i < N; ++i) {
+        stress[i] = s[i];
+        for (unsigned j = 0; j < N; ++j) D[N * i + j] = T(i, j);
+    }
+    return 0;
+}
 }  // namespace
 
 bool mesh_material_solid::material_frame(const double* position, double* Q) const {
@@ -30,46 +54,13 @@ bool mesh_material_solid::material_frame(const double* position, double* Q) cons
 int mesh_material_solid::compute(const material_point_key& key, const double* strain, double* D, double* stress,
                                  double& energy, unsigned flags, const assembly_params&) const {
     if (!law_) return -1;
-    const law_key k = key_of(key);
-    law_3d::strain_type e;
-    law_3d::stress_type s;
-    for (unsigned i = 0; i < 6; ++i) {
-        e[i] = strain[i];
-        s[i] = stress[i];
-    }
-    law_3d::tangent_type T;
-    energy = 0.0;
-    double states[max_states];
-    if (law_->nbr_states() > max_states) return -1;
-    const int rc = law_->compute(k, e, T, s, energy, states, flags);
-    if (rc < 0) return rc;
-    for (unsigned i = 0; i < 6; ++i) {
-        stress[i] = s[i];
-        for (unsigned j = 0; j < 6; ++j) D[6 * i + j] = T(i, j);
-    }
-    return 0;
+    return compute_slots(*law_, key_of(key), strain, D, stress, energy, flags);
 }
 
 int mesh_material_membrane::compute(const material_point_key& key, const double* strain, double* D, double* stress,
                                     double& energy, unsigned flags, const assembly_params&) const {
     if (!law_) return -1;
-    law_membrane_stiff::strain_type e;
-    law_membrane_stiff::stress_type s;
-    for (unsigned i = 0; i < 3; ++i) {
-        e[i] = strain[i];
-        s[i] = stress[i];
-    }
-    law_membrane_stiff::tangent_type T;
-    energy = 0.0;
-    double states[max_states];
-    if (law_->nbr_states() > max_states) return -1;
-    const int rc = law_->compute(key_of(key), e, T, s, energy, states, flags);
-    if (rc < 0) return rc;
-    for (unsigned i = 0; i < 3; ++i) {
-        stress[i] = s[i];
-        for (unsigned j = 0; j < 3; ++j) D[3 * i + j] = T(i, j);
-    }
-    return 0;
+    return compute_slots(*law_, key_of(key), strain, D, stress, energy, flags);
 }
 
 int mesh_material_rod::compute(const material_point_key& key, const double* strain, double* D, double* stress,
