@@ -63,6 +63,8 @@ public:
     const std::vector<double>& signs() const { return signs_; }
     // Rounds of the subspace stage of the last solve.
     unsigned nbr_iterations() const { return iterations_; }
+    // Vectors of the last basis: less than the size asked when the Krylov space ran out.
+    std::size_t basis_size() const { return signs_.size(); }
 
 private:
     int solve_impl(std::size_t wanted, std::size_t m, dense2D_OOC<double>& modes, orv::dense1D<double, 8>& lambda,

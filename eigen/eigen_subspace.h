@@ -178,11 +178,11 @@ int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D
     if (data_.error_code != 0) return data_.error_code;
     if (converged) log_line(run_, 2, "Convergence within %d iterations.\n", int(iterations_));
 
-    // The modes: X Q, the columns of the window moved to the front.
+    // The modes: Y := X Q, the columns of the window moved to the front.
     lambda_out.clear();
     dense2D_OOC<double> modes;
     if (have_modes && Q.rows() == m && i1 > i0) {
-        if (modes.init(n, m, 0.0, mgr)) return fem::error_memory;
+        modes = Y;
         if ((rc = ek::combine(X, Q, modes))) return rc;
         const std::size_t count = i1 - i0;
         if (!lambda_out.resize(count)) return fem::error_memory;

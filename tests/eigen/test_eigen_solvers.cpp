@@ -130,6 +130,49 @@ TEST(EigenLanczos, MatchesTheDenseReferenceAndTheSubspaceModes) {
     }
     EXPECT_LT(check_modes(P, l.X, l.lambda).orthonormality, 1e-10);
     EXPECT_EQ(count_lines(l, "Lanczos hybrid algorithm.\n"), 1u);
+
+    // Without mass scaling: the same values, modes of unit Euclidean norm.
+    eigen_settings plain = tight(0.0);
+    plain.mass_scaling = false;
+    outcome e = run_subspace(P, plain, 3, 8);
+    ASSERT_EQ(e.rc, 0);
+    for (std::size_t j = 0; j < 3; ++j) {
+        EXPECT_NEAR(e.lambda[j] / ref[j], 1.0, 1e-10);
+        double norm2 = 0;
+        for (std::size_t i = 0; i < n; ++i) norm2 += e.X.col(j)[i] * e.X.col(j)[i];
+        EXPECT_NEAR(norm2, 1.0, 1e-12);
+    }
+}
+
+std::vector<double> residues;
+void record_residue(void*, unsigned iteration, double r) {
+    EXPECT_EQ(iteration, residues.size() + 2);  // round 1 was the restart
+    residues.push_back(r);
+}
+
+TEST(EigenSubspace, DependentStartVectorsAreReplaced) {
+    // Given columns 0 and 1, the second all zero: the projected mass is singular at 1.
+    const std::size_t n = 10;
+    pencil P(chain_K(n, 1.0, true), chain_M(n, 1.0, false), 0.0);
+    outcome o;
+    run_settings rs;
+    rs.display_hook = capture;
+    rs.pass_thru = &o;
+    ASSERT_EQ(o.X.init(n, 4, 0.0), 0);
+    for (std::size_t i = 0; i < n; ++i) o.X.col(0)[i] = 1.0;
+    eigen_settings s = tight(0.0);
+    s.iteration_hook = record_residue;
+    residues.clear();
+    subspace solver(P.K, P.M, s, rs, o.data);
+    ASSERT_EQ(solver.solve(2, o.X, 2, o.lambda), 0);
+    EXPECT_EQ(count_lines(o, "  1- bad mode(s).\n"), 1u);
+    ASSERT_EQ(o.lambda.size(), 2u);
+    for (std::size_t j = 0; j < 2; ++j)
+        EXPECT_NEAR(o.lambda[j], fixed_chain_lambda(n, 1.0, 1.0, false, j + 1), 1e-12);
+    // one call per Rayleigh-Ritz round, the restart counted as a round without a call
+    EXPECT_EQ(residues.size() + 1, solver.nbr_iterations());
+    EXPECT_LT(residues.back(), 1e-12);
+    EXPECT_EQ(residues.front(), 1.0);
 }
 
 TEST(EigenSolvers, ShiftInsideTheSpectrumGivesTheModesOfTheWindow) {
