@@ -35,31 +35,34 @@ eigen_settings tight(double sigma, double low = -HUGE_VAL, double high = HUGE_VA
     return s;
 }
 
-outcome run_subspace(const pencil& P, const eigen_settings& s, std::size_t wanted, std::size_t m,
-                     bool (*interrupt)(void*) = nullptr) {
+// One solve on a fresh block: the subspace iteration on m start vectors of its own, or
+// the Lanczos hybrid with a basis of m vectors.
+outcome run_solver(bool use_lanczos, const pencil& P, const eigen_settings& s, std::size_t wanted, std::size_t m,
+                   bool (*interrupt)(void*)) {
     outcome out;
     run_settings rs;
     rs.display_hook = capture;
     rs.interrupt_hook = interrupt;
     rs.pass_thru = &out;
-    EXPECT_EQ(out.X.init(P.n(), m, 0.0), 0);
-    subspace solver(P.K, P.M, s, rs, out.data);
-    out.rc = solver.solve(wanted, out.X, 0, out.lambda);
-    out.iterations = solver.nbr_iterations();
+    if (use_lanczos) {
+        lanczos solver(P.K, P.M, s, rs, out.data);
+        out.rc = solver.solve(wanted, m, out.X, out.lambda);
+        out.iterations = solver.nbr_iterations();
+    } else {
+        EXPECT_EQ(out.X.init(P.n(), m, 0.0), 0);
+        subspace solver(P.K, P.M, s, rs, out.data);
+        out.rc = solver.solve(wanted, out.X, 0, out.lambda);
+        out.iterations = solver.nbr_iterations();
+    }
     return out;
 }
-
+outcome run_subspace(const pencil& P, const eigen_settings& s, std::size_t wanted, std::size_t m,
+                     bool (*interrupt)(void*) = nullptr) {
+    return run_solver(false, P, s, wanted, m, interrupt);
+}
 outcome run_lanczos(const pencil& P, const eigen_settings& s, std::size_t wanted, std::size_t m,
                     bool (*interrupt)(void*) = nullptr) {
-    outcome out;
-    run_settings rs;
-    rs.display_hook = capture;
-    rs.interrupt_hook = interrupt;
-    rs.pass_thru = &out;
-    lanczos solver(P.K, P.M, s, rs, out.data);
-    out.rc = solver.solve(wanted, m, out.X, out.lambda);
-    out.iterations = solver.nbr_iterations();
-    return out;
+    return run_solver(true, P, s, wanted, m, interrupt);
 }
 
 std::size_t count_lines(const outcome& o, const std::string& text) {
