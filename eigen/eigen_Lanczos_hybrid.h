@@ -27,7 +27,7 @@ namespace core {
 template <class RunSettings, class RunData>
 class eigen_Lanczos_hybrid {
 public:
-    eigen_Lanczos_hybrid(const skyline_factor& K, const symmetric_hybrid_OOC<double>& M,
+    eigen_Lanczos_hybrid(const skyline_factor& K, const eigen_mass_operator& M,
                          const eigen_settings& settings, const RunSettings& run, RunData& data)
         : K_(K), M_(M), s_(settings), run_(run), data_(data) {}
 
@@ -74,12 +74,17 @@ private:
     void mass(const double* x, double* y) const {
         const std::size_t n = M_.dimension();
         std::fill(y, y + n, 0.0);
-        M_.mult_add(1.0, x, y, 2 * n < 9 ? 1 : threads());
+        M_.mult_add(x, n, y, n, 1, 2 * n < 9 ? 1 : threads());
+    }
+    // x^T M x, t a work vector.
+    double energy(const double* x, double* t) const {
+        mass(x, t);
+        return kernels::dot(x, t, M_.dimension());
     }
     int threads() const { return s_.n_threads > 0 ? s_.n_threads : 1; }
 
     const skyline_factor& K_;
-    const symmetric_hybrid_OOC<double>& M_;
+    const eigen_mass_operator& M_;
     eigen_settings s_;
     const RunSettings& run_;
     RunData& data_;
@@ -124,7 +129,7 @@ int eigen_Lanczos_hybrid<RunSettings, RunData>::basis_impl(std::size_t m, dense2
     dense2D_OOC<double> V;
     if (V.init(n, m, 0.0, mgr)) return fem::error_memory;
     twister_.seed(1u);
-    std::vector<double> r(n), w(n), coef(m);
+    std::vector<double> r(n), w(n), t(n), coef(m);
     signs_.assign(m, 0.0);
     const double half = 1.0 / std::sqrt(double(n));
     std::size_t j = 0;
@@ -167,7 +172,7 @@ int eigen_Lanczos_hybrid<RunSettings, RunData>::basis_impl(std::size_t m, dense2
             mass(last.p, r.data());
             K_.solve(r.data(), threads());
         }
-        double b = M_.xT_A_x(r.data(), threads());
+        double b = energy(r.data(), t.data());
         if (b == 0.0 || !std::isfinite(b)) {
             need_restart = true;
             continue;
@@ -179,7 +184,7 @@ int eigen_Lanczos_hybrid<RunSettings, RunData>::basis_impl(std::size_t m, dense2
         for (int pass = 0; !ok && pass < 3; ++pass) {
             mass(r.data(), w.data());
             if ((rc = project_out())) return rc;
-            b = M_.xT_A_x(r.data(), threads());
+            b = energy(r.data(), t.data());
             ok = std::fabs(b) > 0.25 && b * s > 0;
             if (b == 0.0 || !std::isfinite(b)) {
                 ok = false;

@@ -39,7 +39,7 @@ int solve_columns(const skyline_factor& K, dense2D_OOC<double>& X, int n_threads
     return 0;
 }
 
-int mass_product(const symmetric_hybrid_OOC<double>& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y,
+int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y,
                  int n_threads) {
     const std::size_t n = X.rows();
     if (Y.rows() != n || Y.cols() != X.cols() || M.dimension() != n) return -101;
@@ -55,7 +55,7 @@ int mass_product(const symmetric_hybrid_OOC<double>& M, dense2D_OOC<double>& X, 
         const std::size_t k = std::min(rx.n, ry.n);
         for (std::size_t j = 0; j < k; ++j) std::fill(ry.p + j * ry.ld, ry.p + j * ry.ld + n, 0.0);
         const int threads = double(k) * double(n) * double(n) <= 32.0 ? 1 : n_threads;
-        M.mult_add(1.0, rx.p, rx.ld, ry.p, ry.ld, k, threads);
+        M.mult_add(rx.p, rx.ld, ry.p, ry.ld, k, threads);
         c += k;
     }
     return 0;

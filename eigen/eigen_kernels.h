@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "eigen/eigen_mass.h"
 #include "linalg/dense2D_OOC.h"
 #include "linalg/symmetric_L_D_Lt.h"
 #include "orvmath1/dense1D.h"
@@ -33,7 +34,7 @@ int solve_columns(const skyline_factor& K, dense2D_OOC<double>& X, int n_threads
 
 // Y := M X (Y has the shape of X). A product of at most 32 in columns * dim^2 runs on
 // one thread.
-int mass_product(const symmetric_hybrid_OOC<double>& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y,
+int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y,
                  int n_threads);
 
 // packed[(i + 1) * i / 2 + j] = X_i . Y_j for j <= i: the lower triangle of X^T Y,
@@ -46,8 +47,7 @@ int combine(dense2D_OOC<double>& A, const orv::dense2D<double>& Q, dense2D_OOC<d
 // B := A, column by column (same shape).
 int copy_columns(dense2D_OOC<double>& A, dense2D_OOC<double>& B);
 
-// The diagonal of M (0 where M has no stored value) and the inverse pivots 1 / D of
-// the factor K, both of K's dimension.
+// The stored diagonal of a block-skyline matrix: of a factor, the inverse pivots 1 / D.
 int diagonal(const symmetric_hybrid_OOC<double>& M, double* d);
 
 }  // namespace eigen_kernels

@@ -28,7 +28,7 @@ namespace core {
 template <class RunSettings, class RunData>
 class eigen_subspace {
 public:
-    eigen_subspace(const skyline_factor& K, const symmetric_hybrid_OOC<double>& M, const eigen_settings& settings,
+    eigen_subspace(const skyline_factor& K, const eigen_mass_operator& M, const eigen_settings& settings,
                    const RunSettings& run, RunData& data)
         : K_(K), M_(M), s_(settings), run_(run), data_(data) {}
 
@@ -63,7 +63,7 @@ private:
                    orv::dense1D<double, 8>& lambda_out);
 
     const skyline_factor& K_;
-    const symmetric_hybrid_OOC<double>& M_;
+    const eigen_mass_operator& M_;
     eigen_settings s_;
     const RunSettings& run_;
     RunData& data_;
@@ -86,8 +86,8 @@ int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D
     const int nt = s_.n_threads > 0 ? s_.n_threads : 1;
     std::mt19937 twister(1u);
     std::vector<double> mass_diag(n), dinv(n);
-    int rc = ek::diagonal(M_, mass_diag.data());
-    if (!rc) rc = ek::diagonal(K_, dinv.data());
+    M_.diagonal(mass_diag.data());
+    int rc = ek::diagonal(K_, dinv.data());
     if (rc) return rc;
 
     // Y starts as M X for the given columns and as the start vectors after them.

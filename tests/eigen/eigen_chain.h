@@ -54,12 +54,14 @@ inline double fixed_chain_lambda(std::size_t n, double k, double mass, bool cons
 }
 
 // K - sigma M factored (zero pivots replaced, so that a shift inside the spectrum
-// works), and M, both as block-skyline matrices.
+// works), and M, both as block-skyline matrices; Mop is M as the solvers see it.
 struct pencil {
     orv::core::symmetric_hybrid_OOC<double> Kmat, M;
     orv::core::skyline_factor K;
     dense_sym Kd, Md;
     double sigma = 0;
+    orv::core::skyline_mass Mop{M};
+    pencil(const pencil&) = delete;
     pencil(const dense_sym& Kin, const dense_sym& Min, double shift) : Kd(Kin), Md(Min), sigma(shift) {
         dense_sym S(Kin.n);
         for (std::size_t i = 0; i < S.n * S.n; ++i) S.a[i] = Kin.a[i] - shift * Min.a[i];
