@@ -2,6 +2,8 @@
 // the checks of init, the element argument, and the internal forces and energy.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <new>
 
 #include <orv/fem/context.h>
@@ -251,13 +253,13 @@ TEST(stiffness_models, element_other_than_all_or_zero_is_refused) {
         EXPECT_EQ(m->nbr_elements(), 1u);
         test_system s(list_of({0, 1}));
         s.args.element = 1;
-        EXPECT_EQ(s.assemble(*m, 1), -102);
+        EXPECT_EQ(s.assemble(*m, 1), fem::error_index);
         EXPECT_EQ(s.sum_K(), 0.0);
         s.args.element = 0;
         EXPECT_EQ(s.assemble(*m, 1), 0);
         EXPECT_GT(s.sum_K(), 0.0);
         dense1D<unsigned int> list;
-        EXPECT_EQ(m->get_DOFs(core::DOFs_mgr(), 3, 1, list, core::DOF_filter()), -102);
+        EXPECT_EQ(m->get_DOFs(core::DOFs_mgr(), 3, 1, list, core::DOF_filter()), fem::error_index);
     }
 }
 
