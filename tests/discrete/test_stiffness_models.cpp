@@ -14,6 +14,7 @@
 
 #include <orv/fem/FEM_factor.h>
 
+#include "common/literal_lists.h"
 #include "discrete/stiffness_diag.h"
 #include "discrete/stiffness_sym.h"
 #include "discrete/stiffness_sym_sparse.h"
@@ -26,22 +27,10 @@
 using namespace orv;
 using fem::error_data;
 using fem::no_error;
+using orv::test::list_of;
+using orv::test::vec_of;
 
 namespace {
-
-dense1D<unsigned int> list_of(std::initializer_list<unsigned int> v) {
-    dense1D<unsigned int> out(v.size());
-    std::size_t k = 0;
-    for (unsigned int x : v) out[k++] = x;
-    return out;
-}
-
-dense1D<double> vec_of(std::initializer_list<double> v) {
-    dense1D<double> out(v.size());
-    std::size_t k = 0;
-    for (double x : v) out[k++] = x;
-    return out;
-}
 
 // K = [[4, 1], [1, 3]] as a packed and as a compressed matrix.
 symmetric_full<double> full_K() {

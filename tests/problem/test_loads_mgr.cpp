@@ -15,6 +15,7 @@
 #include <orv/fem/evolution_funcs_mgr.h>
 #include <orv/fem/loads_mgr.h>
 
+#include "common/literal_lists.h"
 #include "frame/context_type.h"
 #include "model/element_workspace.h"
 #include "model/numerical_model_base.h"
@@ -26,21 +27,15 @@ using orv::dense1D;
 using orv::core::DOF_record;
 using orv::core::elementary_load;
 using orv::core::loads_mgr;
+using orv::test::vec_of;
 
 namespace {
 
 const std::uint32_t none = 0xFFFFFFFFu;
 const std::uint32_t all = 0xFFFFFFFEu;
 
-dense1D<double> list(std::initializer_list<double> v) {
-    dense1D<double> d(v.size());
-    std::size_t i = 0;
-    for (double x : v) d[i++] = x;
-    return d;
-}
-
 elementary_load force(double fx, double fy, double fz) {
-    return elementary_load(elementary_load::kind_force, 0, list({fx, fy, fz}));
+    return elementary_load(elementary_load::kind_force, 0, vec_of({fx, fy, fz}));
 }
 
 // A simple model with a number of elements and nothing else: enough for the registry.
@@ -289,9 +284,9 @@ TEST(LoadsMgr, CombinationScalesEveryRecord) {
     src.record_NM_load(0, 1, force(1.0, 2.0, 3.0), none);
     // A scalar load and a heat flux carry one significant value.
     elementary_load scalar(elementary_load::kind_force, elementary_load::type_scalar,
-                           list({2.0, 7.0, 7.0}));
+                           vec_of({2.0, 7.0, 7.0}));
     src.record_NM_load(0, 2, scalar, 1);
-    elementary_load flux(elementary_load::kind_heat_flux, 0, list({4.0, 7.0}));
+    elementary_load flux(elementary_load::kind_heat_flux, 0, vec_of({4.0, 7.0}));
     src.record_NM_load(1, all, flux, none);
     src.record_DOF_load(10, 1.5, none);
     src.record_DOF_prescribed_value(11, 0.0, none);
@@ -478,7 +473,7 @@ protected:
         loads->record_NM_load(composite->ID(), all, force(1.0, 2.0, 3.0), none);
         loads->record_NM_load(a->ID(), 1, force(0.0, 0.0, 10.0), lin);
         loads->record_NM_load(a->ID(), 2, force(0.0, 0.0, 10.0), off);
-        elementary_load heat(elementary_load::kind_heat_flux, 0, list({100.0}));
+        elementary_load heat(elementary_load::kind_heat_flux, 0, vec_of({100.0}));
         loads->record_NM_load(a->ID(), 0, heat, none);  // not taken by these models
         loads->record_DOF_load(40, 5.0, lin);
         loads->record_DOF_load(100, 5.0, none);  // not in the system
