@@ -2,6 +2,8 @@
 // the checks of init, the element argument, and the internal forces and energy.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <new>
 
 #include <orv/fem/context.h>
@@ -12,6 +14,7 @@
 
 #include <orv/fem/FEM_factor.h>
 
+#include "common/literal_lists.h"
 #include "discrete/stiffness_diag.h"
 #include "discrete/stiffness_sym.h"
 #include "discrete/stiffness_sym_sparse.h"
@@ -24,22 +27,10 @@
 using namespace orv;
 using fem::error_data;
 using fem::no_error;
+using orv::test::list_of;
+using orv::test::vec_of;
 
 namespace {
-
-dense1D<unsigned int> list_of(std::initializer_list<unsigned int> v) {
-    dense1D<unsigned int> out(v.size());
-    std::size_t k = 0;
-    for (unsigned int x : v) out[k++] = x;
-    return out;
-}
-
-dense1D<double> vec_of(std::initializer_list<double> v) {
-    dense1D<double> out(v.size());
-    std::size_t k = 0;
-    for (double x : v) out[k++] = x;
-    return out;
-}
 
 // K = [[4, 1], [1, 3]] as a packed and as a compressed matrix.
 symmetric_full<double> full_K() {
@@ -251,13 +242,13 @@ TEST(stiffness_models, element_other_than_all_or_zero_is_refused) {
         EXPECT_EQ(m->nbr_elements(), 1u);
         test_system s(list_of({0, 1}));
         s.args.element = 1;
-        EXPECT_EQ(s.assemble(*m, 1), -102);
+        EXPECT_EQ(s.assemble(*m, 1), fem::error_index);
         EXPECT_EQ(s.sum_K(), 0.0);
         s.args.element = 0;
         EXPECT_EQ(s.assemble(*m, 1), 0);
         EXPECT_GT(s.sum_K(), 0.0);
         dense1D<unsigned int> list;
-        EXPECT_EQ(m->get_DOFs(core::DOFs_mgr(), 3, 1, list, core::DOF_filter()), -102);
+        EXPECT_EQ(m->get_DOFs(core::DOFs_mgr(), 3, 1, list, core::DOF_filter()), fem::error_index);
     }
 }
 

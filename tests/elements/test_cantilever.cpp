@@ -1,16 +1,13 @@
 // A solid cantilever clamped at x = 0 under a shear load at its free end, solved by
 // the linear static run on meshes of several shapes. Its tip deflection converges to
 // Timoshenko beam theory under refinement; the stiffness does not depend on the number
-// of threads, and the displacements only to round-off; the demo's VTK file reads back.
+// of threads, and the displacements only to round-off.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include <orv/fem/DOFs_mgr.h>
@@ -19,8 +16,6 @@
 #include <orv/fem/problem_data.h>
 #include <orv/fem/solver_static_linear.h>
 
-#include "examples/cantilever_demo.h"
-#include "examples/vtu_writer.h"
 #include "tests/elements/test_mesh_utils.h"
 
 namespace orv {
@@ -320,115 +315,6 @@ TEST(cantilever, same_displacements_with_one_and_two_threads) {
     same_with_one_and_two_threads<elfes::hexa27>(10, 2, 2);
     same_with_one_and_two_threads<elfes::tetra10>(10, 2, 2);
     same_with_one_and_two_threads<elfes::wedge6>(20, 2, 2);
-}
-
-// --- the VTK file ---------------------------------------------------------------
-
-std::string read_file(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
-// The value of attribute `name` at its first occurrence, -1 if absent.
-long attribute(const std::string& text, const std::string& name) {
-    const std::size_t at = text.find(" " + name + "=\"");
-    if (at == std::string::npos) return -1;
-    return std::stol(text.substr(at + name.size() + 3));
-}
-
-// The numbers of the DataArray whose tag holds `marker`, or of the first one after
-// `marker` when it is an element's opening.
-std::vector<double> array_after(const std::string& text, const std::string& marker) {
-    std::vector<double> v;
-    std::size_t at = text.find(marker);
-    if (at == std::string::npos) return v;
-    if (marker[0] == '<') at = text.find("<DataArray", at);  // else the marker is in the tag
-    const std::size_t begin = text.find('>', at) + 1, end = text.find('<', begin);
-    std::istringstream in(text.substr(begin, end - begin));
-    double x;
-    while (in >> x) v.push_back(x);
-    return v;
-}
-
-std::string temp_path(const char* name) {
-    return ::testing::TempDir() + "/orv_" + std::to_string(::getpid()) + "_" + name;
-}
-
-TEST(vtu_writer, small_grid_reads_back_and_bad_input_is_refused) {
-    // two unit cubes side by side along x
-    dense2D<double> pos(3, 12, 0.0);
-    for (unsigned n = 0; n < 12; ++n) {
-        pos(0, n) = n % 3;
-        pos(1, n) = (n / 3) % 2;
-        pos(2, n) = n / 6 + 0.125;
-    }
-    dense2D<unsigned int> conn(8, 2, 0u);
-    for (unsigned e = 0; e < 2; ++e) {
-        const unsigned c[8] = {e, e + 1, e + 4, e + 3, e + 6, e + 7, e + 10, e + 9};
-        for (unsigned i = 0; i < 8; ++i) conn(i, e) = c[i];
-    }
-    dense2D<double> u(3, 12, 0.0);
-    for (unsigned n = 0; n < 12; ++n) u(2, n) = -0.1 * pos(0, n) - 1.0 / 3.0;
-    const std::string path = temp_path("two_cubes.vtu");
-    ASSERT_EQ(examples::write_vtu(path.c_str(), pos, conn, examples::vtk_hexahedron, {{"Displacement case 1", &u}}), 0);
-    const std::string text = read_file(path);
-    std::remove(path.c_str());
-    EXPECT_EQ(attribute(text, "NumberOfPoints"), 12);
-    EXPECT_EQ(attribute(text, "NumberOfCells"), 2);
-    const std::vector<double> points = array_after(text, "<Points>");
-    ASSERT_EQ(points.size(), 36u);
-    EXPECT_EQ(points[3 * 7 + 2], 1.125);
-    const std::vector<double> c = array_after(text, "<Cells>");
-    ASSERT_EQ(c.size(), 16u);
-    EXPECT_EQ(c[2], 4.0);
-    EXPECT_EQ(c[15], 10.0);
-    EXPECT_EQ(array_after(text, "Name=\"offsets\""), (std::vector<double>{8.0, 16.0}));
-    EXPECT_EQ(array_after(text, "Name=\"types\""), (std::vector<double>{12.0, 12.0}));
-    const std::vector<double> d = array_after(text, "<PointData");
-    ASSERT_EQ(d.size(), 36u);
-    EXPECT_EQ(d[3 * 5 + 2], u(2, 5));  // exact through the text
-    // sizes that disagree, a node past the points, a file that cannot be made
-    dense2D<double> short_u(3, 11, 0.0);
-    EXPECT_EQ(examples::write_vtu(path.c_str(), pos, conn, examples::vtk_hexahedron, {{"u", &short_u}}), -1);
-    conn(3, 1) = 12;
-    EXPECT_EQ(examples::write_vtu(path.c_str(), pos, conn, examples::vtk_hexahedron, {}), -1);
-    EXPECT_FALSE(std::ifstream(path).good());
-    conn(3, 1) = 9;
-    EXPECT_EQ(examples::write_vtu("/nonexistent_orv_dir/x.vtu", pos, conn, examples::vtk_hexahedron, {}), -2);
-}
-
-// The demo runs, and its file holds the mesh and four displacement fields: zero on
-// the clamp, case 3 the sum of cases 1 and 2, the pull close to N L / (E A).
-TEST(cantilever_demo, runs_and_writes_its_mesh_and_displacements) {
-    using S = cantilever_demo_setup;
-    const std::string path = temp_path("cantilever.vtu");
-    ASSERT_EQ(run_cantilever_demo(path.c_str()), 0);
-    const std::string text = read_file(path);
-    std::remove(path.c_str());
-    EXPECT_EQ(attribute(text, "NumberOfPoints"), static_cast<long>(S::nbr_nodes()));
-    EXPECT_EQ(attribute(text, "NumberOfCells"), static_cast<long>(S::nbr_elements()));
-    const std::vector<double> types = array_after(text, "Name=\"types\"");
-    ASSERT_EQ(types.size(), S::nbr_elements());
-    EXPECT_EQ(types.front(), 12.0);
-    std::vector<std::vector<double>> U;
-    for (unsigned c = 1; c <= S::nbr_cases; ++c) {
-        U.push_back(array_after(text, "Name=\"Displacement case " + std::to_string(c) + "\""));
-        ASSERT_EQ(U.back().size(), 3u * S::nbr_nodes()) << "case " << c;
-    }
-    double worst = 0.0, scale = 0.0;
-    for (std::size_t i = 0; i < U[2].size(); ++i) {
-        worst = std::max(worst, std::fabs(U[2][i] - U[0][i] - U[1][i]));
-        scale = std::max(scale, std::fabs(U[2][i]));
-    }
-    EXPECT_LT(worst, 1e-12 * scale);
-    const unsigned root = S::node(0, 2, 2), tip = S::node(S::nx, 2, 2);
-    for (unsigned d = 0; d < 3; ++d) EXPECT_EQ(U[0][3 * root + d], 0.0);
-    const double pull = S::axial_load * S::length / (S::E * S::width * S::depth);
-    EXPECT_NEAR(U[3][3 * tip] / pull, 1.0, 0.01);
-    EXPECT_LT(U[0][3 * tip + 2], 0.0);
-    EXPECT_GT(U[1][3 * tip + 1], 0.0);
 }
 
 }  // namespace

@@ -56,8 +56,8 @@ private:
         ++data.steps_run;
         const settings_type& s = settings();
         if (which == 1) data.result.assign(data.nbr_free_DOFs, 1.0);
-        if (s.warn_step == which) set_warning(data, -11, "Pivot warning.");
-        if (s.fail_step == which) set_error(data, -107, "Pivot error.", fail_line);
+        if (s.warn_step == which) set_warning(data, orv::fem::warning_pivot, "Pivot warning.");
+        if (s.fail_step == which) set_error(data, orv::fem::error_pivot, "Pivot error.", fail_line);
         if (s.throw_step == which) {
             if (s.throw_kind == 1) throw std::bad_alloc();
             if (s.throw_kind == 2) throw std::runtime_error("step failed");

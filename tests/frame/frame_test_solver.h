@@ -19,8 +19,8 @@ public:
     struct settings_type {
         unsigned input_mask = 0;
         unsigned output_mask = 64;  // 64: keep the result vector
-        int fail_step = 0;          // step (1 or 2) that raises error -107
-        int warn_step = 0;          // step (1 or 2) that raises warning -11
+        int fail_step = 0;          // step (1 or 2) that raises error_pivot
+        int warn_step = 0;          // step (1 or 2) that raises warning_pivot
         int throw_step = 0;         // step (1 or 2) that throws throw_kind
         int throw_kind = 0;         // 1 std::bad_alloc, 2 std::runtime_error, 3 an int
         double size_MB = 3.0;       // size the numbering step reports

@@ -2,6 +2,8 @@
 // size gate and the catch-all.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <omp.h>
 
 #include <chrono>
@@ -10,43 +12,14 @@
 #include <utility>
 #include <vector>
 
+#include "common/log_capture.h"
 #include "frame/run_log.h"
 #include "frame_test_solver.h"
 
 using frame_test::test_solver;
+using orv::test::log_capture;
 
 namespace {
-
-struct log_capture {
-    std::vector<std::pair<unsigned, std::string>> lines;
-    int interrupts = 0;        // calls of the interrupt hook
-    int interrupt_after = -1;  // answer true from this call on (-1: never)
-    int sleep_ms = 0;          // time spent in the interrupt hook
-    orv::fem::base_class* drop = nullptr;  // handle to clear in the first interrupt call
-    orv::fem::base_class* drop2 = nullptr;
-
-    static void display(void* self, unsigned level, const char* text) {
-        static_cast<log_capture*>(self)->lines.emplace_back(level, text);
-    }
-    static bool interrupt(void* self) {
-        auto* c = static_cast<log_capture*>(self);
-        if (c->drop) c->drop->clear_w();
-        if (c->drop2) c->drop2->clear_w();
-        c->drop = c->drop2 = nullptr;
-        if (c->sleep_ms) std::this_thread::sleep_for(std::chrono::milliseconds(c->sleep_ms));
-        return c->interrupt_after >= 0 && c->interrupts++ >= c->interrupt_after;
-    }
-    std::string all() const {
-        std::string s;
-        for (const auto& l : lines) s += l.second;
-        return s;
-    }
-    bool contains(const std::string& prefix) const {
-        for (const auto& l : lines)
-            if (l.second.compare(0, prefix.size(), prefix) == 0) return true;
-        return false;
-    }
-};
 
 // Digits of the times replaced by '#', so that the layout can be compared exactly.
 std::string mask_digits(std::string s) {
@@ -55,18 +28,12 @@ std::string mask_digits(std::string s) {
     return s;
 }
 
-void attach(test_solver& solver, log_capture& cap, bool display = true) {
-    solver.settings.display_hook = display ? &log_capture::display : nullptr;
-    solver.settings.interrupt_hook = &log_capture::interrupt;
-    solver.settings.pass_thru = &cap;
-}
-
 }  // namespace
 
 TEST(RunFrame, LogLinesOfACleanRunByteForByte) {
     test_solver solver;
     log_capture cap;
-    attach(solver, cap);
+    cap.attach(solver.settings);
     test_solver::data_type data;
     solver.run(data);
     ASSERT_FALSE(data.error_raised());
@@ -129,7 +96,7 @@ TEST(RunFrame, NullDisplayHookFormatsNothing) {
 
     // A whole run without a display hook: runs fully, nothing logged.
     test_solver solver;
-    attach(solver, cap, false);
+    cap.attach(solver.settings, false);
     cap.lines.clear();
     test_solver::data_type data;
     solver.run(data);
@@ -143,61 +110,61 @@ TEST(RunFrame, InterruptAtOnceIsAWarningWithTotalTime) {
     log_capture cap;
     cap.interrupt_after = 0;
     cap.sleep_ms = 20;
-    attach(solver, cap);
+    cap.attach(solver.settings);
     test_solver::data_type data;
     solver.run(data);
     EXPECT_FALSE(data.error_raised());
     EXPECT_TRUE(data.warning_raised());
-    EXPECT_EQ(data.warning_code, -10);
+    EXPECT_EQ(data.warning_code, orv::fem::warning_interrupted);
     EXPECT_STREQ(data.error_name, "");
     EXPECT_STREQ(data.error_msg, "");
     EXPECT_EQ(data.steps_run, 0);
     EXPECT_EQ(data.nbr_free_DOFs, 0u);  // numbering skipped too
     EXPECT_EQ(cap.interrupts, 1);       // once stopped, the hook is not asked again
     EXPECT_GE(data.time_total, 0.015);
-    EXPECT_TRUE(cap.contains("Total computing time"));
-    EXPECT_FALSE(cap.contains("Step one"));
+    EXPECT_TRUE(cap.starts("Total computing time"));
+    EXPECT_FALSE(cap.starts("Step one"));
 }
 
 TEST(RunFrame, InterruptBetweenStepsKeepsWhatWasDone) {
     test_solver solver;
     log_capture cap;
     cap.interrupt_after = 3;  // asked before numbering, gate, step one, then step two
-    attach(solver, cap);
+    cap.attach(solver.settings);
     test_solver::data_type data;
     solver.run(data);
-    EXPECT_EQ(data.warning_code, -10);
+    EXPECT_EQ(data.warning_code, orv::fem::warning_interrupted);
     EXPECT_EQ(data.steps_run, 1);
-    EXPECT_TRUE(cap.contains("Step one"));
-    EXPECT_FALSE(cap.contains("Step two"));
-    EXPECT_TRUE(cap.contains("Total computing time"));
+    EXPECT_TRUE(cap.starts("Step one"));
+    EXPECT_FALSE(cap.starts("Step two"));
+    EXPECT_TRUE(cap.starts("Total computing time"));
 }
 
 TEST(RunFrame, FirstErrorWinsAndStopsTheRun) {
     test_solver solver;
     log_capture cap;
-    attach(solver, cap);
+    cap.attach(solver.settings);
     solver.settings.fail_step = 1;
     test_solver::data_type data;
     solver.run(data);
     EXPECT_TRUE(data.error_raised());
-    EXPECT_EQ(data.error_code, -107);
+    EXPECT_EQ(data.error_code, orv::fem::error_pivot);
     EXPECT_STREQ(data.error_name, "Pivot error.");
     EXPECT_STREQ(data.error_msg, "File = tests/test_frame_solver, Line #42.");
     EXPECT_EQ(data.steps_run, 1);
-    EXPECT_TRUE(cap.contains("Total computing time"));
+    EXPECT_TRUE(cap.starts("Total computing time"));
 
     // A second failure, and a later exception, leave the first one standing.
-    orv::core::set_error(data, -109, "Convergence error.", "x", 1);
-    orv::core::set_error_msg(data, -200, "INTERNAL ERROR", "");
-    EXPECT_EQ(data.error_code, -107);
+    orv::core::set_error(data, orv::fem::error_convergence, "Convergence error.", "x", 1);
+    orv::core::set_error_msg(data, orv::fem::error_internal, "INTERNAL ERROR", "");
+    EXPECT_EQ(data.error_code, orv::fem::error_pivot);
     EXPECT_STREQ(data.error_name, "Pivot error.");
     EXPECT_STREQ(data.error_msg, "File = tests/test_frame_solver, Line #42.");
 
     solver.settings.throw_step = 1;
     solver.settings.throw_kind = 2;
     solver.run(data);
-    EXPECT_EQ(data.error_code, -107);
+    EXPECT_EQ(data.error_code, orv::fem::error_pivot);
     EXPECT_STREQ(data.error_name, "Pivot error.");
 }
 
@@ -205,37 +172,37 @@ TEST(RunFrame, WarningRules) {
     // A warning does not stop the run.
     test_solver solver;
     log_capture cap;
-    attach(solver, cap);
+    cap.attach(solver.settings);
     solver.settings.warn_step = 1;
     test_solver::data_type data;
     solver.run(data);
     EXPECT_FALSE(data.error_raised());
-    EXPECT_EQ(data.warning_code, -11);
+    EXPECT_EQ(data.warning_code, orv::fem::warning_pivot);
     EXPECT_STREQ(data.error_name, "Pivot warning.");
     EXPECT_STREQ(data.error_msg, "");
     EXPECT_EQ(data.steps_run, 2);
 
     // A second warning is dropped.
-    orv::core::set_warning(data, -13, "Potentially missing modes.");
-    EXPECT_EQ(data.warning_code, -11);
+    orv::core::set_warning(data, orv::fem::warning_missing_modes, "Potentially missing modes.");
+    EXPECT_EQ(data.warning_code, orv::fem::warning_pivot);
     EXPECT_STREQ(data.error_name, "Pivot warning.");
 
     // A warning after an error is dropped; an error after a warning is kept.
     solver.settings.warn_step = 2;
     solver.settings.fail_step = 1;
     solver.run(data);
-    EXPECT_EQ(data.error_code, -107);
+    EXPECT_EQ(data.error_code, orv::fem::error_pivot);
     EXPECT_EQ(data.warning_code, 0);
     EXPECT_EQ(data.steps_run, 1);
-    orv::core::set_warning(data, -11, "Pivot warning.");
+    orv::core::set_warning(data, orv::fem::warning_pivot, "Pivot warning.");
     EXPECT_EQ(data.warning_code, 0);
     EXPECT_STREQ(data.error_name, "Pivot error.");
 
     solver.settings.warn_step = 1;
     solver.settings.fail_step = 2;
     solver.run(data);
-    EXPECT_EQ(data.warning_code, -11);
-    EXPECT_EQ(data.error_code, -107);
+    EXPECT_EQ(data.warning_code, orv::fem::warning_pivot);
+    EXPECT_EQ(data.error_code, orv::fem::error_pivot);
     EXPECT_STREQ(data.error_name, "Pivot error.");
     EXPECT_EQ(data.steps_run, 2);
 }
@@ -243,7 +210,7 @@ TEST(RunFrame, WarningRules) {
 TEST(RunFrame, OutputMaskZeroIsADryRun) {
     test_solver solver;
     log_capture cap;
-    attach(solver, cap);
+    cap.attach(solver.settings);
     solver.settings.output_mask = 0;
     test_solver::data_type data;
     data.ctx.set_max_total_size(1);  // a dry run is not gated
@@ -253,8 +220,8 @@ TEST(RunFrame, OutputMaskZeroIsADryRun) {
     EXPECT_EQ(data.steps_run, 0);        // nothing computed
     EXPECT_TRUE(data.result.empty());
     EXPECT_EQ(data.time_total, 0.0);
-    EXPECT_TRUE(cap.contains("  Size matrix S-modes    : "));
-    EXPECT_FALSE(cap.contains("Total computing time"));
+    EXPECT_TRUE(cap.starts("  Size matrix S-modes    : "));
+    EXPECT_FALSE(cap.starts("Total computing time"));
 }
 
 TEST(RunFrame, MasksDecideWhatSurvives) {
@@ -274,16 +241,16 @@ TEST(RunFrame, MasksDecideWhatSurvives) {
 TEST(RunFrame, SizeGateAgainstTheContextLimit) {
     test_solver solver;
     log_capture cap;
-    attach(solver, cap);
+    cap.attach(solver.settings);
     test_solver::data_type data;
     data.ctx.set_max_total_size(1);
     solver.run(data);  // needs 3 MB
-    EXPECT_EQ(data.error_code, -154);
+    EXPECT_EQ(data.error_code, orv::fem::error_memory_limit);
     EXPECT_STREQ(data.error_name, "Insufficient memory.");
     EXPECT_STREQ(data.error_msg, "File = tests/test_frame_solver, Line #77.");
     EXPECT_EQ(data.steps_run, 0);
     EXPECT_EQ(data.size_total, 3.0);
-    EXPECT_TRUE(cap.contains("Total computing time"));
+    EXPECT_TRUE(cap.starts("Total computing time"));
 
     data.ctx.set_max_total_size(3);  // equal to the need: passes
     solver.run(data);
@@ -304,11 +271,11 @@ TEST(RunFrame, ExceptionsBecomeErrorCodes) {
         const char* name;
     };
     const expectation cases[] = {
-        {1, -199, "MEMORY ERROR"}, {2, -200, "INTERNAL ERROR"}, {3, -200, "INTERNAL ERROR"}};
+        {1, orv::fem::error_memory, "MEMORY ERROR"}, {2, orv::fem::error_internal, "INTERNAL ERROR"}, {3, orv::fem::error_internal, "INTERNAL ERROR"}};
     for (const auto& c : cases) {
         test_solver solver;
         log_capture cap;
-        attach(solver, cap);
+        cap.attach(solver.settings);
         solver.settings.throw_step = 2;
         solver.settings.throw_kind = c.kind;
         test_solver::data_type data;
@@ -318,20 +285,20 @@ TEST(RunFrame, ExceptionsBecomeErrorCodes) {
         EXPECT_STREQ(data.error_msg, "");
         EXPECT_EQ(data.steps_run, 2);
         // The frame was left by the exception: no closing line.
-        EXPECT_FALSE(cap.contains("Total computing time"));
+        EXPECT_FALSE(cap.starts("Total computing time"));
     }
 }
 
 TEST(RunFrame, RefusedInputHasNoBanner) {
     test_solver solver;
     log_capture cap;
-    attach(solver, cap);
+    cap.attach(solver.settings);
     test_solver::data_type data;
     data.has_model = false;
     data.error_code = -5;  // stale outputs are cleared first
     data.time_step1 = 9.0;
     solver.run(data);
-    EXPECT_EQ(data.error_code, -101);
+    EXPECT_EQ(data.error_code, orv::fem::error_data);
     EXPECT_STREQ(data.error_name, "DATA ERROR");
     EXPECT_STREQ(data.error_msg, "ORV test_frame_solver: invalid data.");
     EXPECT_EQ(data.time_step1, 0.0);
@@ -341,7 +308,7 @@ TEST(RunFrame, RefusedInputHasNoBanner) {
     data.has_model = true;
     solver.settings.accept = false;
     solver.run(data);
-    EXPECT_EQ(data.error_code, -101);
+    EXPECT_EQ(data.error_code, orv::fem::error_data);
     EXPECT_STREQ(data.error_name, "SETTINGS ERROR");
     EXPECT_STREQ(data.error_msg, "ORV test_frame_solver: invalid settings.");
     EXPECT_TRUE(cap.lines.empty());
@@ -358,7 +325,7 @@ TEST(RunFrame, RunKeepsItsObjectsAliveWhenAHookDropsThem) {
     {
         test_solver solver;
         log_capture cap;
-        attach(solver, cap);
+        cap.attach(solver.settings);
         test_solver::data_type data;
         data.ctx.set_max_total_size(1000);
         cap.drop = &solver;     // the only handle on the engine
@@ -384,7 +351,7 @@ TEST(RunFrame, SolverHandlesShareTheEngineButNotTheSettings) {
         b.settings.fail_step = 0;
         test_solver::data_type data;
         b.run(data);  // the engine reads the settings of the handle that made it
-        EXPECT_EQ(data.error_code, -107);
+        EXPECT_EQ(data.error_code, orv::fem::error_pivot);
         EXPECT_STREQ(a.name(), "test_frame_solver");
         orv::fem::solver_base root(b);
         EXPECT_TRUE(root.is_valid());

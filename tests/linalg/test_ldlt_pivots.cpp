@@ -1,30 +1,24 @@
 // Pivot policies of the LDLt factorisation and the outcome a run gets from them.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <cmath>
 #include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "common/log_capture.h"
 #include "factor_checker.h"
 #include "linalg/pivot_checkers.h"
 #include "linalg/symmetric_L_D_Lt.h"
 
 using namespace orv::core;
 using namespace orv::core::testing;
+using orv::test::log_capture;
 
 namespace {
-
-// Collects the log lines.
-struct log_capture {
-    std::vector<std::string> lines;
-    std::vector<unsigned> levels;
-    static void hook(void* p, unsigned level, const char* text) {
-        static_cast<log_capture*>(p)->lines.push_back(text);
-        static_cast<log_capture*>(p)->levels.push_back(level);
-    }
-};
 
 // 3 x 3 matrix [[1, 1, 0], [1, 1, 0], [0, 0, 2]] modified by `d1` at (1, 1): the
 // second pivot is d1 - 1.
@@ -81,20 +75,20 @@ TEST(LdltPivots, EmptyMatrixHasZeroRange) {
 TEST(LdltPivots, ZeroPivotStopsCheckPositive) {
     skyline_factor F = small_matrix(1.0);
     log_capture log;
-    hook_verboser v(&log_capture::hook, &log);
+    hook_verboser v(&log_capture::display, &log);
     pivot_check_positive<hook_verboser> c(&v);
-    EXPECT_EQ(F.factorize(c), -107);
+    EXPECT_EQ(F.factorize(c), orv::fem::error_pivot);
     EXPECT_FALSE(F.factored());
     EXPECT_EQ(c.first_rejected, 1u);
     ASSERT_EQ(log.lines.size(), 1u);
-    EXPECT_EQ(log.lines[0], "Bad pivot detected: +0.000000E+00.\n");
-    EXPECT_EQ(log.levels[0], 3u);
+    EXPECT_EQ(log.lines[0].second, "Bad pivot detected: +0.000000E+00.\n");
+    EXPECT_EQ(log.lines[0].first, 3u);
 
     skyline_factor G = small_matrix(1.0);
     pivot_check_positive<dummy_verboser> c2;
     pivot_outcome out;
-    EXPECT_EQ(factorize_with_outcome(G, c2, ids, 0x100000, 1, out), -107);
-    EXPECT_EQ(out.error, -107);
+    EXPECT_EQ(factorize_with_outcome(G, c2, ids, 0x100000, 1, out), orv::fem::error_pivot);
+    EXPECT_EQ(out.error, orv::fem::error_pivot);
     EXPECT_STREQ(out.error_text, "Pivot error.");
     EXPECT_STREQ(out.file, "fem/solver_static_linear");
     EXPECT_EQ(out.bad_pivot_DOF, 91u);
@@ -104,15 +98,15 @@ TEST(LdltPivots, ZeroPivotIsReplacedByForcingPolicies) {
     {  // positive kind: replaced and factored, but the range shows the zero: error
         skyline_factor F = small_matrix(1.0);
         log_capture log;
-        hook_verboser v(&log_capture::hook, &log);
+        hook_verboser v(&log_capture::display, &log);
         pivot_force_positive<hook_verboser> c(&v);
         c.replacement = 1e3;
         pivot_outcome out;
-        EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), -107);
+        EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), orv::fem::error_pivot);
         EXPECT_TRUE(F.factored());
         EXPECT_DOUBLE_EQ(stored_pivot(F, 1), 1e3);
         ASSERT_EQ(log.lines.size(), 1u);
-        EXPECT_EQ(log.lines[0], "Bad pivot detected: +0.000000E+00. Replaced with: +1.000000E+03\n");
+        EXPECT_EQ(log.lines[0].second, "Bad pivot detected: +0.000000E+00. Replaced with: +1.000000E+03\n");
         EXPECT_EQ(out.bad_pivot_DOF, 91u);
         EXPECT_EQ(out.pivot_min, 0.0);
     }
@@ -124,7 +118,7 @@ TEST(LdltPivots, ZeroPivotIsReplacedByForcingPolicies) {
         EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), 0);
         EXPECT_DOUBLE_EQ(stored_pivot(F, 1), -2.0);
         EXPECT_DOUBLE_EQ(stored_pivot(F, 2), 2.0 - 0.25 / -2.0);  // the replaced pivot is used further on
-        EXPECT_EQ(out.warning, -11);
+        EXPECT_EQ(out.warning, orv::fem::warning_pivot);
         EXPECT_STREQ(out.warning_text, "Pivot warning.");
         EXPECT_EQ(out.bad_pivot_DOF, 91u);
     }
@@ -164,7 +158,7 @@ TEST(LdltPivots, RatioOfExactlyOneTrillionth) {
         } else {
             pivot_force_definite<dummy_verboser> c;
             EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), 0);
-            EXPECT_EQ(out.warning, -11);
+            EXPECT_EQ(out.warning, orv::fem::warning_pivot);
             EXPECT_EQ(out.bad_pivot_DOF, 91u);
         }
     }
@@ -179,9 +173,9 @@ TEST(LdltPivots, WarningDoesNotOverrideStandingCodes) {
     skyline_factor F(S);
     pivot_check_positive<dummy_verboser> c;
     pivot_outcome out;
-    out.warning = -10;
+    out.warning = orv::fem::warning_interrupted;
     EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), 0);
-    EXPECT_EQ(out.warning, -10);
+    EXPECT_EQ(out.warning, orv::fem::warning_interrupted);
     EXPECT_EQ(out.bad_pivot_DOF, ~0u);
 }
 
@@ -200,7 +194,7 @@ TEST(LdltPivots, AllNegativePivots) {
             EXPECT_LT(out.pivot_max, 0.0);
         } else {
             pivot_check_positive<dummy_verboser> c;
-            EXPECT_EQ(factorize_with_outcome(F, c, nullptr, 0x100000, 1, out), -107);
+            EXPECT_EQ(factorize_with_outcome(F, c, nullptr, 0x100000, 1, out), orv::fem::error_pivot);
             EXPECT_EQ(c.first_rejected, 0u);
         }
     }
@@ -211,25 +205,25 @@ TEST(LdltPivots, InfiniteDiagonalIsAlwaysAnError) {
     {
         skyline_factor F = small_matrix(3.0, inf);
         log_capture log;
-        hook_verboser v(&log_capture::hook, &log);
+        hook_verboser v(&log_capture::display, &log);
         pivot_force_definite<hook_verboser> c(&v);
         c.replacement = 1.0;
         pivot_outcome out;
-        EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), -107);
+        EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), orv::fem::error_pivot);
         ASSERT_EQ(log.lines.size(), 1u);
-        EXPECT_EQ(log.lines[0], "Bad pivot detected: +INF. Replaced with: +1.000000E+00\n");
+        EXPECT_EQ(log.lines[0].second, "Bad pivot detected: +INF. Replaced with: +1.000000E+00\n");
         EXPECT_EQ(out.bad_pivot_DOF, 95u);
     }
     {
         skyline_factor F = small_matrix(3.0, inf);
         pivot_force_positive<dummy_verboser> c;
-        EXPECT_EQ(F.factorize(c), -107);
+        EXPECT_EQ(F.factorize(c), orv::fem::error_pivot);
     }
     {
         skyline_factor F = small_matrix(3.0, inf);
         count_n_force_definite<orvstd::binder2nd<orvstd::less<double>>, dummy_verboser> c(
             orvstd::bind2nd(orvstd::less<double>(), 0.0));
-        EXPECT_EQ(F.factorize(c), -107);
+        EXPECT_EQ(F.factorize(c), orv::fem::error_pivot);
     }
 }
 
@@ -289,6 +283,6 @@ TEST(LdltPivots, IndexedFactorGivesDOFIDs) {
     indexed_sym<vector_fast<unsigned>, skyline_factor> F(IDs, small_matrix(1.0));
     pivot_check_positive<dummy_verboser> c;
     pivot_outcome out;
-    EXPECT_EQ(factorize_with_outcome(F, c, 0x100000, 1, out), -107);
+    EXPECT_EQ(factorize_with_outcome(F, c, 0x100000, 1, out), orv::fem::error_pivot);
     EXPECT_EQ(out.bad_pivot_DOF, 4u);
 }

@@ -2,17 +2,21 @@
 // fill, DOF conversion, totals, report lines and the numbering driver.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <algorithm>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "common/log_capture.h"
 #include "linalg/block_profile_build.h"
 #include "linalg/compressed_graph.h"
 #include "linalg/numbering.h"
 
 using namespace orv::core;
+using orv::test::log_capture;
 typedef orv::dense1D<unsigned int, 8> uvec;
 
 namespace {
@@ -168,15 +172,6 @@ void check_profile_covers_factor(const uvec& xadj, const uvec& adj, const uvec& 
         for (unsigned int r : rows[c]) ASSERT_TRUE(covered(dofs, r, c)) << "L(" << c << "," << r << ") not stored";
 }
 
-struct captured_log {
-    std::vector<std::string> lines;
-    std::vector<unsigned int> levels;
-    static void hook(void* self, unsigned int level, const char* text) {
-        static_cast<captured_log*>(self)->lines.push_back(text);
-        static_cast<captured_log*>(self)->levels.push_back(level);
-    }
-};
-
 // Five vertices, edges 0-1, 1-2, 0-3, 3-4, 2-4: heights 0 1 1 3 2 in the identity order.
 void five_vertex_graph(uvec& xadj, uvec& adj) {
     graph_from_edges(5, {{0, 1}, {1, 2}, {0, 3}, {3, 4}, {2, 4}}, xadj, adj);
@@ -213,7 +208,7 @@ TEST(Ordering, CompressionKeepsDistinctNeighbourhoodsApart) {
     EXPECT_EQ(g.adjncy.size(), adj.size());
     // Bad group input is refused.
     uvec gp = make({0, 2}), gi = make({0, 9});
-    EXPECT_EQ(build_clique_graph(5, gp, gi, xadj, adj), -101);
+    EXPECT_EQ(build_clique_graph(5, gp, gi, xadj, adj), orv::fem::error_data);
     EXPECT_EQ(xadj.size(), 0u);
 }
 
@@ -253,20 +248,19 @@ TEST(Ordering, HeightsBlocksAndFillOnAFiveVertexGraph) {
     EXPECT_EQ(t.max_extra_segments, 2u);
     EXPECT_EQ(t.max_block_bytes, 112u);  // block 0: (6 values + 2 * 4 segments) * 8
 
-    captured_log log;
-    report_block_profile(t, &captured_log::hook, &log);
-    report_numerical_fill(t, 2, &captured_log::hook, &log);
-    const std::vector<std::string> expected = {
-        "  dimension              :          5\n",
-        "  profile                :         12 (0.00 MB)\n",
-        "  nbr blocks             :          3\n",
-        "  max extra segments     :          2\n",
-        "  symbolic fill-ins      :    80.00 %\n",
-        "  zeros                  :          2\n",
-        "  non zeros              :         10\n",
-        "  numerical fill-ins     :    66.67 % (83.33 %)\n"};
+    log_capture log;
+    report_block_profile(t, &log_capture::display, &log);
+    report_numerical_fill(t, 2, &log_capture::display, &log);
+    const std::vector<std::pair<unsigned, std::string>> expected = {
+        {2, "  dimension              :          5\n"},
+        {2, "  profile                :         12 (0.00 MB)\n"},
+        {2, "  nbr blocks             :          3\n"},
+        {2, "  max extra segments     :          2\n"},
+        {2, "  symbolic fill-ins      :    80.00 %\n"},
+        {2, "  zeros                  :          2\n"},
+        {2, "  non zeros              :         10\n"},
+        {2, "  numerical fill-ins     :    66.67 % (83.33 %)\n"}};
     EXPECT_EQ(log.lines, expected);
-    EXPECT_EQ(log.levels, std::vector<unsigned>(8, 2u));
 }
 
 TEST(Ordering, SupervariablesOfDifferentSizesAtDOFLevel) {
@@ -371,12 +365,12 @@ TEST(Ordering, NoFreeDOF) {
     EXPECT_EQ(out.blocks.size(), 0u);
     EXPECT_EQ(out.totals.dimension, 0u);
     EXPECT_EQ(out.pattern.dim(), 0u);
-    captured_log log;
-    report_block_profile(out.totals, &captured_log::hook, &log);
-    report_numerical_fill(out.totals, 0, &captured_log::hook, &log);
+    log_capture log;
+    report_block_profile(out.totals, &log_capture::display, &log);
+    report_numerical_fill(out.totals, 0, &log_capture::display, &log);
     ASSERT_EQ(log.lines.size(), 4u);
-    EXPECT_EQ(log.lines[0], "  dimension              :          0\n");
-    EXPECT_EQ(log.lines[3], "  max extra segments     :          0\n");
+    EXPECT_EQ(log.lines[0].second, "  dimension              :          0\n");
+    EXPECT_EQ(log.lines[3].second, "  max extra segments     :          0\n");
 }
 
 TEST(Ordering, EliminationTreeAndPostorder) {
@@ -453,7 +447,7 @@ TEST(Ordering, ModesGiveValidDeterministicPermutations) {
             EXPECT_GE(k + subtree[parent[k]], parent[k] + 1);
         }
     // Unknown modes.
-    EXPECT_EQ(compute_numbering(2, xadj, adj, w, p5, ip5), -101);
+    EXPECT_EQ(compute_numbering(2, xadj, adj, w, p5, ip5), orv::fem::error_data);
     ASSERT_EQ(compute_numbering(9, xadj, adj, w, p5, ip5), 0);
     EXPECT_EQ(p5[7], 7u);
 }
@@ -536,7 +530,7 @@ TEST(Ordering, DriverOnAGridOfHexahedra) {
     // Inconsistent group pointers are refused and leave the free list alone.
     vector_fast<unsigned int> f3(free_ids.data(), free_ids.data() + ndof);
     uvec bad = make({0, 5, 3});
-    EXPECT_EQ(number_free_DOFs(bad, make(gi), f3, o2), -101);
+    EXPECT_EQ(number_free_DOFs(bad, make(gi), f3, o2), orv::fem::error_data);
     EXPECT_EQ(o2.blocks.size(), 0u);
     EXPECT_EQ(std::vector<unsigned>(f3.begin(), f3.end()), free_ids);
 }

@@ -2,6 +2,8 @@
 // report numbers.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <cmath>
 #include <random>
 #include <vector>
@@ -68,10 +70,10 @@ TEST(SkylineMatrix, InconsistentProfilesAreRejected) {
     std::vector<block_profile> prof = two_blocks();
     prof[1].first = 5;  // gap between the blocks
     symmetric_hybrid_OOC<double> S;
-    EXPECT_EQ(S.init(prof.data(), prof.size(), 0.0, orv::Ptr<OOC_mgr>()), -101);
+    EXPECT_EQ(S.init(prof.data(), prof.size(), 0.0, orv::Ptr<OOC_mgr>()), orv::fem::error_data);
     prof = two_blocks();
     prof[0].segments[4].height = 5;  // extra segment higher than the block
-    EXPECT_EQ(S.init(prof.data(), prof.size(), 0.0, orv::Ptr<OOC_mgr>()), -101);
+    EXPECT_EQ(S.init(prof.data(), prof.size(), 0.0, orv::Ptr<OOC_mgr>()), orv::fem::error_data);
     EXPECT_EQ(S.dimension(), 0u);
 }
 
@@ -83,13 +85,13 @@ TEST(SkylineMatrix, EntryAccessAndFillValue) {
     EXPECT_EQ(S.get_val(3, 3), 2.5);
     EXPECT_EQ(S.get_val(2, 3), 2.5);
     EXPECT_EQ(S.get_val(3, 4), 2.5);
-    // outside the profile: 0.0; past the dimension: -101
+    // outside the profile: 0.0; past the dimension: error_data
     EXPECT_EQ(S.get_val(0, 3), 0.0);
     EXPECT_EQ(S.get_val(0, 5), 0.0);
     double v = 1;
-    EXPECT_EQ(S.get_val(0, 6, v), -101);
-    EXPECT_EQ(S.set_val(0, 3, 1.0), -102);
-    EXPECT_EQ(S.set_val(7, 1, 1.0), -101);
+    EXPECT_EQ(S.get_val(0, 6, v), orv::fem::error_data);
+    EXPECT_EQ(S.set_val(0, 3, 1.0), orv::fem::error_index);
+    EXPECT_EQ(S.set_val(7, 1, 1.0), orv::fem::error_data);
 
     S.fill(0.0);
     EXPECT_EQ(S.set_val(3, 2, 7.0), 0);  // either order
@@ -223,7 +225,7 @@ TEST(SkylineMatrix, ZeroFactorTouchesNothing) {
     // an element entry outside the profile is reported and left out
     const unsigned far[2] = {0, 11};
     orv::symmetric_full<double> B2(2, 1.0);
-    EXPECT_EQ(c.S.add(1.0, B2, far), -102);
+    EXPECT_EQ(c.S.add(1.0, B2, far), orv::fem::error_index);
     EXPECT_EQ(c.S.get_val(0, 0), 4.0);
     EXPECT_EQ(c.S.get_val(0, 11), 0.0);
 }

@@ -1,6 +1,8 @@
 // A small model written against the model contract: two-node springs on the x DOF.
 #pragma once
 
+#include <orv/fem/error_type.h>
+
 #include <omp.h>
 
 #include <atomic>
@@ -20,7 +22,7 @@ namespace test {
 // is then a link whose stiffness is the run's displacement penalty and which is silent
 // in the stiffness pass. The internal force is K u and the energy u'Ku / 2. A load of
 // kind 24 puts values[0] / 2 on each node of the element. Elements listed in
-// `failing` fail with code -106.
+// `failing` fail with error_element.
 class spring_model : public core::numerical_model_base {
 public:
     spring_model(core::context_type* ctx, std::vector<unsigned> a, std::vector<unsigned> b,
@@ -57,7 +59,7 @@ public:
         if (!has_matrix(code)) return 0;
         std::uint32_t first = 0, end = nbr_elements();
         if (element != all_elements) {
-            if (element >= end) return -102;
+            if (element >= end) return orv::fem::error_index;
             first = element;
             end = element + 1;
         }
@@ -71,7 +73,7 @@ public:
         const std::uint32_t e = ws.element_ID;
         if (e >= nbr_elements()) {
             ws.reset();
-            return -102;
+            return orv::fem::error_index;
         }
         ++computed;
         if (omp_in_parallel()) ++computed_in_parallel;
@@ -79,12 +81,12 @@ public:
         for (unsigned f : failing)
             if (f == e) {
                 ws.reset();
-                return -106;
+                return orv::fem::error_element;
             }
         double k = k_[e];
         if (penalty_) k = code == 7 ? ws.params.penalty_displacement : 0.0;
         const unsigned ids[2] = {a_[e] * 9, b_[e] * 9};
-        if (!ws.set_DOFs(ids, 2) || !ws.init_sym()) return -199;
+        if (!ws.set_DOFs(ids, 2) || !ws.init_sym()) return orv::fem::error_memory;
         if (ws.matrix_level) {
             ws.sym.matrix()(0, 0) = k;
             ws.sym.matrix()(1, 1) = k;
@@ -97,7 +99,7 @@ public:
             ws.results[0] = 0.5 * k * d * d;
             ws.results[1] = 1.0;
             if (ws.vector_level) {
-                if (!ws.init_vector()) return -199;
+                if (!ws.init_vector()) return orv::fem::error_memory;
                 ws.vector[0] = -k * d;
                 ws.vector[1] = k * d;
             }
@@ -108,9 +110,9 @@ public:
     int compute_load(const core::elementary_load& r, core::element_workspace& ws) override {
         ws.reset_vector();
         const std::uint32_t e = ws.element_ID;
-        if (e >= nbr_elements()) return -102;
+        if (e >= nbr_elements()) return orv::fem::error_index;
         const unsigned ids[2] = {a_[e] * 9, b_[e] * 9};
-        if (!ws.set_DOFs(ids, 2) || !ws.init_vector()) return -199;
+        if (!ws.set_DOFs(ids, 2) || !ws.init_vector()) return orv::fem::error_memory;
         ws.vector[0] = ws.vector[1] = 0.5 * r.values[0];
         return 0;
     }

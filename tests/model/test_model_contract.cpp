@@ -2,6 +2,8 @@
 // failures, evolution functions, null assemblers, penalties, DOF graphs.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <cmath>
 #include <cstring>
 
@@ -120,7 +122,7 @@ TEST(ModelAssembly, ChainStiffnessKeepsTheFixedDOFOut) {
     ASSERT_EQ(m->assemble_matrix(1, args), 0);
     EXPECT_EQ(entry(Kall, 27, 27), 8.0);
     args.element = 3;
-    EXPECT_EQ(m->assemble_matrix(1, args), -102);
+    EXPECT_EQ(m->assemble_matrix(1, args), fem::error_index);
     // A matrix the model does not have: nothing, no error.
     args.element = numerical_model_base::all_elements;
     EXPECT_EQ(m->assemble_matrix(2, args), 0);
@@ -172,7 +174,7 @@ TEST(ModelAssembly, FirstFailureInElementOrderWinsAndStopsTheLoop) {
     for (int threads : {1, 2, 4}) {
         m->scramble = threads > 1;
         const star_result r = run_star(*m, n, threads, {});
-        EXPECT_EQ(r.rc, -106) << threads;
+        EXPECT_EQ(r.rc, fem::error_element) << threads;
         EXPECT_EQ(r.K[0], before) << threads;  // elements 0 to 4 only
         EXPECT_EQ(r.acc[1], 5.0) << threads;
     }
@@ -184,7 +186,7 @@ TEST(ModelAssembly, FewerElementsThanThreadsRunSerially) {
     fem::numerical_model_base h = adopt(m);
     m->failing = {0};
     const star_result r = run_star(*m, 1, 2, {});
-    EXPECT_EQ(r.rc, -106);
+    EXPECT_EQ(r.rc, fem::error_element);
     m->failing.clear();
     const star_result ok = run_star(*m, 1, 2, {});
     EXPECT_EQ(ok.rc, 0);
@@ -353,20 +355,20 @@ TEST(ModelDOFs, NodesGraphAndDefaults) {
     ASSERT_EQ(offsets.size(), 3u);
     EXPECT_EQ(ids[2], 4u);
     EXPECT_EQ(ids[3], 2u);
-    EXPECT_EQ(m->get_nodes_graph(2, offsets, ids), -102);
+    EXPECT_EQ(m->get_nodes_graph(2, offsets, ids), fem::error_index);
     EXPECT_EQ(h.get_FE_type(), fem::FE_edge2);
     EXPECT_EQ(m->get_dim(), 1u);
     unsigned type = 9, rows = 9, cols = 9;
-    EXPECT_EQ(m->get_output_shape(1, type, rows, cols), -104);
+    EXPECT_EQ(m->get_output_shape(1, type, rows, cols), fem::error_element_type);
     EXPECT_EQ(rows, 0u);
     matrix_fixed<double, 3, 3> R;
-    EXPECT_EQ(h.get_element_basis(dense2D<double>(3, 5, 0.0), 0, R), -102);
+    EXPECT_EQ(h.get_element_basis(dense2D<double>(3, 5, 0.0), 0, R), fem::error_index);
     EXPECT_EQ(h.set_hard_offsets(vector_fixed<double, 3>(), dense1D<unsigned int>()), 0);
     vector_fixed<double, 3> o;
     o[1] = 1.0;
-    EXPECT_EQ(h.set_hard_offsets(o, dense1D<unsigned int>()), -101);
+    EXPECT_EQ(h.set_hard_offsets(o, dense1D<unsigned int>()), fem::error_data);
     dense2D<double> bad(2, 2, 1.0);
-    EXPECT_EQ(h.set_hard_offsets(dense2D<double>(3, 5, 0.0), 0, bad, false, dense1D<unsigned int>()), -101);
+    EXPECT_EQ(h.set_hard_offsets(dense2D<double>(3, 5, 0.0), 0, bad, false, dense1D<unsigned int>()), fem::error_data);
     // No internal states: nothing is stored, no record is made.
     Ptr<internal_states> states;
     EXPECT_EQ(m->get_internal_states(states), 0);

@@ -1,6 +1,8 @@
 // The model registry (IDs, free IDs, global element numbers) and the composite.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <thread>
 
 #include <orv/fem/context.h>
@@ -209,7 +211,7 @@ TEST(NumericalModelComposite, EmptyCompositeAndNestedComposites) {
     EXPECT_EQ(outer.engine()->nbr_elements(), 2u);
     // An error of a child stops the loop and is the result.
     args.element = 5;
-    EXPECT_EQ(outer.engine()->assemble_matrix(1, args), -102);
+    EXPECT_EQ(outer.engine()->assemble_matrix(1, args), fem::error_index);
 
     // Narrowing: a composite handle from a plain model handle is empty.
     fem::numerical_model_composite not_composite(a);
@@ -252,7 +254,7 @@ TEST(NumericalModelComposite, OutputShapeAndSize) {
     EXPECT_EQ(cols, 1u);
     EXPECT_EQ(comp.engine()->get_size(dense2D<double>()), 6.0);
     comp.insert(c.ID());
-    EXPECT_EQ(comp.engine()->get_output_shape(0, type, rows, cols), -104);
+    EXPECT_EQ(comp.engine()->get_output_shape(0, type, rows, cols), fem::error_element_type);
 }
 
 TEST(Handles, EmptyHandlesAnswerWithoutAnEngine) {

@@ -4,25 +4,21 @@
 #include <random>
 #include <vector>
 
+#include "common/literal_lists.h"
 #include "orvmath1/symmetric_full.h"
 #include "orvmath1/symmetric_sparse.h"
 
 using orv::dense1D;
 using orv::symmetric_full;
 using orv::symmetric_sparse;
+using orv::test::list_of;
 
 namespace {
-dense1D<unsigned int> indices(std::initializer_list<unsigned int> l) {
-    dense1D<unsigned int> v;
-    for (unsigned int x : l) v.push_back(x);
-    return v;
-}
-
 // The 4 x 4 pattern, upper triangle by rows:
 //   row 0: 0 2 3    row 1: 1    row 2: (none)    row 3: 3
 symmetric_sparse<double> sample() {
     symmetric_sparse<double> s;
-    EXPECT_TRUE(s.init(indices({0, 3, 4, 4, 5}), indices({0, 2, 3, 1, 3}), 0.0));
+    EXPECT_TRUE(s.init(list_of({0, 3, 4, 4, 5}), list_of({0, 2, 3, 1, 3}), 0.0));
     for (std::size_t k = 0; k < s.size(); ++k) s[k] = 1.0 + k;
     return s;
 }
@@ -164,17 +160,17 @@ TEST(symmetric_sparse, profile_sharing_copies_and_validity) {
 
     // Damaged profiles.
     symmetric_sparse<double> bad;
-    ASSERT_TRUE(bad.init(indices({0, 2, 3}), indices({1, 0, 1}), 0.0));  // descending row
+    ASSERT_TRUE(bad.init(list_of({0, 2, 3}), list_of({1, 0, 1}), 0.0));  // descending row
     EXPECT_FALSE(bad.is_valid());
-    ASSERT_TRUE(bad.init(indices({0, 1, 2}), indices({0, 0}), 0.0));  // column below its row
+    ASSERT_TRUE(bad.init(list_of({0, 1, 2}), list_of({0, 0}), 0.0));  // column below its row
     EXPECT_FALSE(bad.is_valid());
-    ASSERT_TRUE(bad.init(indices({0, 1, 3}), indices({0, 1}), 0.0));  // pointer past the columns
+    ASSERT_TRUE(bad.init(list_of({0, 1, 3}), list_of({0, 1}), 0.0));  // pointer past the columns
     EXPECT_FALSE(bad.is_valid());
     EXPECT_EQ(bad.get(1, 1, v), 0);  // and lookups stay in bounds
-    ASSERT_TRUE(bad.init(indices({0, 1, 2}), indices({0, 2}), 0.0));  // column beyond the dimension
+    ASSERT_TRUE(bad.init(list_of({0, 1, 2}), list_of({0, 2}), 0.0));  // column beyond the dimension
     EXPECT_FALSE(bad.is_valid());
-    ASSERT_TRUE(bad.init(indices({1, 1, 2}), indices({1, 1}), 0.0));  // not starting at 0
+    ASSERT_TRUE(bad.init(list_of({1, 1, 2}), list_of({1, 1}), 0.0));  // not starting at 0
     EXPECT_FALSE(bad.is_valid());
-    ASSERT_TRUE(bad.init(indices({0, 1, 2}), indices({0, 1}), 0.0));
+    ASSERT_TRUE(bad.init(list_of({0, 1, 2}), list_of({0, 1}), 0.0));
     EXPECT_TRUE(bad.is_valid());
 }

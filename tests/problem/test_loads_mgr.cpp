@@ -2,6 +2,8 @@
 // composite, combinations, prescribed values and the assembly of nodal loads.
 #include <gtest/gtest.h>
 
+#include <orv/fem/error_type.h>
+
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -13,6 +15,7 @@
 #include <orv/fem/evolution_funcs_mgr.h>
 #include <orv/fem/loads_mgr.h>
 
+#include "common/literal_lists.h"
 #include "frame/context_type.h"
 #include "model/element_workspace.h"
 #include "model/numerical_model_base.h"
@@ -24,21 +27,15 @@ using orv::dense1D;
 using orv::core::DOF_record;
 using orv::core::elementary_load;
 using orv::core::loads_mgr;
+using orv::test::vec_of;
 
 namespace {
 
 const std::uint32_t none = 0xFFFFFFFFu;
 const std::uint32_t all = 0xFFFFFFFEu;
 
-dense1D<double> list(std::initializer_list<double> v) {
-    dense1D<double> d(v.size());
-    std::size_t i = 0;
-    for (double x : v) d[i++] = x;
-    return d;
-}
-
 elementary_load force(double fx, double fy, double fz) {
-    return elementary_load(elementary_load::kind_force, 0, list({fx, fy, fz}));
+    return elementary_load(elementary_load::kind_force, 0, vec_of({fx, fy, fz}));
 }
 
 // A simple model with a number of elements and nothing else: enough for the registry.
@@ -68,11 +65,11 @@ public:
         return (r.kind & 0xF8u) == elementary_load::kind_force;
     }
     int compute_load(const elementary_load& r, orv::core::element_workspace& ws) override {
-        if (ws.element_ID == fail_) return -106;
-        if (ws.element_ID >= n_) return -102;
+        if (ws.element_ID == fail_) return orv::fem::error_element;
+        if (ws.element_ID >= n_) return orv::fem::error_index;
         const unsigned node = first_node_ + ws.element_ID;
         const unsigned ids[3] = {9 * node, 9 * node + 1, 9 * node + 2};
-        if (!ws.set_DOFs(ids, 3) || !ws.init_vector()) return -199;
+        if (!ws.set_DOFs(ids, 3) || !ws.init_vector()) return orv::fem::error_memory;
         for (std::size_t k = 0; k < 3 && k < r.values.size(); ++k) ws.vector[k] = r.values[k];
         return 0;
     }
@@ -137,10 +134,10 @@ TEST(LoadsMgr, ListFormsCheckLengths) {
     const unsigned ids[] = {1, 2, 3};
     const double values[] = {1.0, 0.0, 3.0};
     const unsigned evols[] = {0, 1, 2};
-    EXPECT_EQ(l.record_DOF_loads(ids, 3, values, 2, none), -101);
-    EXPECT_EQ(l.record_DOF_loads(ids, 3, values, 3, evols, 2), -101);
-    EXPECT_EQ(l.record_DOF_prescribed_values(ids, 2, values, 3, none), -101);
-    EXPECT_EQ(l.record_DOF_prescribed_values(ids, 3, values, 3, evols, 1), -101);
+    EXPECT_EQ(l.record_DOF_loads(ids, 3, values, 2, none), orv::fem::error_data);
+    EXPECT_EQ(l.record_DOF_loads(ids, 3, values, 3, evols, 2), orv::fem::error_data);
+    EXPECT_EQ(l.record_DOF_prescribed_values(ids, 2, values, 3, none), orv::fem::error_data);
+    EXPECT_EQ(l.record_DOF_prescribed_values(ids, 3, values, 3, evols, 1), orv::fem::error_data);
     EXPECT_EQ(l.Neumann().size() + l.Dirichlet().size(), 0u);
 
     EXPECT_EQ(l.record_DOF_loads(ids, 3, values, 3, evols, 3), 0);
@@ -178,10 +175,10 @@ TEST(LoadsMgr, NodalRecords) {
     EXPECT_EQ(l.record_nodal_load(3, orv::fem::field_rotation, 1, 0.0, 1), 0);
     EXPECT_EQ(l.Neumann().size(), 6u);
     // An ID that does not fit 32 bits is refused.
-    EXPECT_EQ(l.record_nodal_load(1000000000u, orv::fem::field_displacement, 0, 1.0, none), -101);
+    EXPECT_EQ(l.record_nodal_load(1000000000u, orv::fem::field_displacement, 0, 1.0, none), orv::fem::error_data);
     EXPECT_EQ(l.record_nodal_prescribed_value(1000000000u, orv::fem::field_displacement, 0, 1.0,
                                               none),
-              -101);
+              orv::fem::error_data);
 
     // Prescribed values: always all six, zeros included.
     const double U[3] = {0.0, 0.5, 0.0};
@@ -192,7 +189,7 @@ TEST(LoadsMgr, NodalRecords) {
         EXPECT_EQ(l.Dirichlet()[i].evolution_func_ID, 4u);
     }
     EXPECT_EQ(l.Dirichlet()[1].value, 0.5);
-    EXPECT_EQ(l.record_nodal_prescribed_values(477218588u, U, zero, 4), -101);
+    EXPECT_EQ(l.record_nodal_prescribed_values(477218588u, U, zero, 4), orv::fem::error_data);
     EXPECT_EQ(l.record_nodal_prescribed_value(2, orv::fem::field_rotation, 2, 0.0, none), 0);
     EXPECT_EQ(l.Dirichlet().back().ID, 2u * 9 + 5);
 }
@@ -287,9 +284,9 @@ TEST(LoadsMgr, CombinationScalesEveryRecord) {
     src.record_NM_load(0, 1, force(1.0, 2.0, 3.0), none);
     // A scalar load and a heat flux carry one significant value.
     elementary_load scalar(elementary_load::kind_force, elementary_load::type_scalar,
-                           list({2.0, 7.0, 7.0}));
+                           vec_of({2.0, 7.0, 7.0}));
     src.record_NM_load(0, 2, scalar, 1);
-    elementary_load flux(elementary_load::kind_heat_flux, 0, list({4.0, 7.0}));
+    elementary_load flux(elementary_load::kind_heat_flux, 0, vec_of({4.0, 7.0}));
     src.record_NM_load(1, all, flux, none);
     src.record_DOF_load(10, 1.5, none);
     src.record_DOF_prescribed_value(11, 0.0, none);
@@ -408,7 +405,9 @@ TEST(LoadsMgr, PrescribedValuesAtATime) {
     EXPECT_EQ(l.Neumann().size() + l.NM_loads().size() + l.nbr_NM_keys(), 0u);
 }
 
-TEST(LoadsMgrHandle, RecordsAndCombinesThroughTheHandle) {
+// The handle forwards to the engine tested above: what is checked here is the sharing,
+// the public record and the range errors of the handle's own accessors.
+TEST(LoadsMgrHandle, SharedRecordsAndRangeErrors) {
     orv::fem::context ctx;
     orv::fem::loads_mgr a(ctx);
     ASSERT_TRUE(a.is_valid());
@@ -416,7 +415,6 @@ TEST(LoadsMgrHandle, RecordsAndCombinesThroughTheHandle) {
     EXPECT_EQ(a.record_nodal_load(2, orv::vector_fixed<double, 3>{1.0, 0.0, 0.0},
                                   orv::vector_fixed<double, 3>{}),
               orv::fem::no_error);
-    EXPECT_EQ(shared.nbr_node_Neumann_loads(), 1u);
     orv::fem::DOF_record r{};
     EXPECT_EQ(shared.get_node_Neumann_load(0, r), orv::fem::no_error);
     EXPECT_EQ(r.ID, 18u);
@@ -424,37 +422,16 @@ TEST(LoadsMgrHandle, RecordsAndCombinesThroughTheHandle) {
     EXPECT_EQ(r.evolution_func_ID, none);
     EXPECT_EQ(shared.get_node_Neumann_load(1, r), orv::fem::error_data);
 
-    EXPECT_EQ(a.record_nodal_prescribed_values(1, orv::vector_fixed<double, 3>{},
-                                               orv::vector_fixed<double, 3>{}, 2),
-              orv::fem::no_error);
-    EXPECT_EQ(a.nbr_node_Dirichlet_loads(), 6u);
-
-    orv::dense1D<unsigned> ids(2);
-    ids[0] = 3;
-    ids[1] = 4;
+    orv::dense1D<unsigned> ids(2, 3u);
     orv::dense1D<double> values(3, 1.0);
     EXPECT_EQ(a.record_DOF_loads(ids, values), orv::fem::error_data);
-    values.resize(2);
-    EXPECT_EQ(a.record_DOF_loads(ids, values), orv::fem::no_error);
-    EXPECT_EQ(a.nbr_node_Neumann_loads(), 3u);
-
-    for (unsigned e = 0; e < 5; ++e)
-        EXPECT_EQ(a.record_NM_load(0, e, force(0.0, 0.0, 1.0)), orv::fem::no_error);
-    EXPECT_EQ(a.nbr_NM_loads(), 1u);
-    EXPECT_EQ(a.nbr_NM_load_entries(), 5u);
 
     orv::fem::loads_mgr b(ctx);
     EXPECT_EQ(b.add(a, 0.5), orv::fem::no_error);
-    EXPECT_EQ(b.nbr_node_Neumann_loads(), 3u);
-    EXPECT_EQ(b.nbr_NM_load_entries(), 5u);
-    EXPECT_EQ(b.get_node_Neumann_load(0, r), orv::fem::no_error);
-    EXPECT_EQ(r.value, 0.5);
-    EXPECT_EQ(b.add(b, 2.0), orv::fem::no_error);
-    EXPECT_EQ(b.nbr_node_Neumann_loads(), 6u);
-
     a.clear();
-    EXPECT_EQ(shared.nbr_node_Neumann_loads() + shared.nbr_NM_load_entries(), 0u);
-    EXPECT_EQ(b.nbr_node_Neumann_loads(), 6u);  // b has its own records
+    EXPECT_EQ(shared.nbr_node_Neumann_loads(), 0u);
+    EXPECT_EQ(b.get_node_Neumann_load(0, r), orv::fem::no_error);  // b has its own records
+    EXPECT_EQ(r.value, 0.5);
 }
 
 TEST(LoadsMgrHandle, EmptyHandleRefusesWithoutHarm) {
@@ -496,7 +473,7 @@ protected:
         loads->record_NM_load(composite->ID(), all, force(1.0, 2.0, 3.0), none);
         loads->record_NM_load(a->ID(), 1, force(0.0, 0.0, 10.0), lin);
         loads->record_NM_load(a->ID(), 2, force(0.0, 0.0, 10.0), off);
-        elementary_load heat(elementary_load::kind_heat_flux, 0, list({100.0}));
+        elementary_load heat(elementary_load::kind_heat_flux, 0, vec_of({100.0}));
         loads->record_NM_load(a->ID(), 0, heat, none);  // not taken by these models
         loads->record_DOF_load(40, 5.0, lin);
         loads->record_DOF_load(100, 5.0, none);  // not in the system
@@ -577,7 +554,7 @@ TEST_F(LoadsAssembly, AnElementErrorStopsTheAssembly) {
     loads_mgr l(c);
     l.record_NM_load(bad->ID(), all, force(1.0, 0.0, 0.0), none);
     l.record_DOF_load(5, 1.0, none);
-    EXPECT_EQ(l.assemble(args), -106);
+    EXPECT_EQ(l.assemble(args), orv::fem::error_element);
     EXPECT_EQ(F[0], 1.0);  // element 0 came before the failure
     EXPECT_EQ(F[5], 0.0);  // the nodal loads were not reached
     EXPECT_EQ(args.factor, 0.5);

@@ -14,30 +14,16 @@
 #include <orv/fem/oneD_table.h>
 #include <orv/fem/twoD_table.h>
 
+#include "common/literal_lists.h"
+
 using orv::dense1D;
 using orv::dense2D;
 using orv::fem::oneD_table;
 using orv::fem::twoD_table;
+using orv::test::matrix_of;
+using orv::test::vec_of;
 
 namespace {
-
-dense1D<double> list(std::initializer_list<double> v) {
-    dense1D<double> d(v.size());
-    std::size_t i = 0;
-    for (double x : v) d[i++] = x;
-    return d;
-}
-
-// rows x cols, given row after row.
-dense2D<double> matrix(std::size_t rows, std::size_t cols, std::initializer_list<double> v) {
-    dense2D<double> m(rows, cols);
-    std::size_t n = 0;
-    for (double x : v) {
-        m(n / cols, n % cols) = x;
-        ++n;
-    }
-    return m;
-}
 
 // A temporary folder that the fixture fills with table files and removes afterwards.
 class TableFiles : public ::testing::Test {
@@ -76,7 +62,7 @@ const char* plane_text =
 }  // namespace
 
 TEST(OneDTable, InterpolatesExtrapolatesBelowHoldsAbove) {
-    oneD_table t(list({0.0, 1.0, 3.0}), list({10.0, 20.0, 0.0}));
+    oneD_table t(vec_of({0.0, 1.0, 3.0}), vec_of({10.0, 20.0, 0.0}));
     EXPECT_EQ(t(0.0), 10.0);
     EXPECT_EQ(t(0.5), 15.0);
     EXPECT_EQ(t(1.0), 20.0);
@@ -86,7 +72,7 @@ TEST(OneDTable, InterpolatesExtrapolatesBelowHoldsAbove) {
     EXPECT_EQ(t(4.0), 0.0);   // last value
     EXPECT_EQ(t(1e9), 0.0);
 
-    const dense1D<double> r = t(list({-0.5, 0.5, 2.5, 7.0}));
+    const dense1D<double> r = t(vec_of({-0.5, 0.5, 2.5, 7.0}));
     ASSERT_EQ(r.size(), 4u);
     EXPECT_EQ(r[0], 5.0);
     EXPECT_EQ(r[1], 15.0);
@@ -101,23 +87,23 @@ TEST(OneDTable, ConstantEmptyAndOwnCopies) {
     oneD_table e;
     EXPECT_TRUE(e.empty());
     EXPECT_EQ(e(1.0), 0.0);
-    EXPECT_EQ(e(list({1.0, 2.0}))[1], 0.0);
+    EXPECT_EQ(e(vec_of({1.0, 2.0}))[1], 0.0);
 
-    dense1D<double> x = list({0.0, 1.0});
-    dense1D<double> y = list({0.0, 2.0});
+    dense1D<double> x = vec_of({0.0, 1.0});
+    dense1D<double> y = vec_of({0.0, 2.0});
     oneD_table t(x, y);
     y[1] = 100.0;  // the table holds its own copy
     EXPECT_EQ(t(0.5), 1.0);
 
     // A y shorter than x holds its last value.
-    oneD_table s(list({0.0, 1.0, 2.0}), list({1.0}));
+    oneD_table s(vec_of({0.0, 1.0, 2.0}), vec_of({1.0}));
     EXPECT_EQ(s(1.5), 1.0);
     EXPECT_EQ(s(-3.0), 1.0);
 }
 
 TEST(TwoDTable, BilinearInsideExtrapolatesBelowHoldsAbove) {
     // z(x, y) = x * y on x = {1, 2}, y = {0, 10}.
-    twoD_table t(list({1.0, 2.0}), list({0.0, 10.0}), matrix(2, 2, {0.0, 10.0, 0.0, 20.0}));
+    twoD_table t(vec_of({1.0, 2.0}), vec_of({0.0, 10.0}), matrix_of(2, 2, {0.0, 10.0, 0.0, 20.0}));
     ASSERT_FALSE(t.empty());
     EXPECT_EQ(t(1.0, 0.0), 0.0);
     EXPECT_EQ(t(2.0, 10.0), 20.0);
@@ -130,33 +116,33 @@ TEST(TwoDTable, BilinearInsideExtrapolatesBelowHoldsAbove) {
     EXPECT_EQ(t(1.5, -10.0), -15.0);
 
     // A single row: x plays no part.
-    twoD_table r(list({1.0}), list({0.0, 1.0}), matrix(1, 2, {2.0, 4.0}));
+    twoD_table r(vec_of({1.0}), vec_of({0.0, 1.0}), matrix_of(1, 2, {2.0, 4.0}));
     EXPECT_EQ(r(-5.0, 0.5), 3.0);
     EXPECT_EQ(r(7.0, 0.5), 3.0);
 }
 
 TEST(TwoDTable, RefusesBadData) {
-    const dense2D<double> z = matrix(2, 2, {1.0, 2.0, 3.0, 4.0});
+    const dense2D<double> z = matrix_of(2, 2, {1.0, 2.0, 3.0, 4.0});
     twoD_table t;
-    EXPECT_TRUE(t.init(list({0.0, 1.0}), list({0.0, 1.0}), z));
+    EXPECT_TRUE(t.init(vec_of({0.0, 1.0}), vec_of({0.0, 1.0}), z));
     EXPECT_EQ(t(0.0, 1.0), 2.0);
 
     // Descending y: empty, and reads 0.0. The earlier data are gone too.
-    EXPECT_FALSE(t.init(list({0.0, 1.0}), list({1.0, 0.0}), z));
+    EXPECT_FALSE(t.init(vec_of({0.0, 1.0}), vec_of({1.0, 0.0}), z));
     EXPECT_TRUE(t.empty());
     EXPECT_EQ(t(0.0, 1.0), 0.0);
     EXPECT_EQ(t.get_x().size(), 0u);
 
-    EXPECT_FALSE(t.init(list({1.0, 0.0}), list({0.0, 1.0}), z));
+    EXPECT_FALSE(t.init(vec_of({1.0, 0.0}), vec_of({0.0, 1.0}), z));
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_FALSE(t.init(list({0.0, nan}), list({0.0, 1.0}), z));
-    EXPECT_FALSE(t.init(list({nan, 1.0}), list({0.0, 1.0}), z));
-    EXPECT_FALSE(t.init(list({0.0, 1.0, 2.0}), list({0.0, 1.0}), z));  // rows mismatch
-    EXPECT_FALSE(t.init(list({0.0, 1.0}), list({0.0}), z));            // columns mismatch
+    EXPECT_FALSE(t.init(vec_of({0.0, nan}), vec_of({0.0, 1.0}), z));
+    EXPECT_FALSE(t.init(vec_of({nan, 1.0}), vec_of({0.0, 1.0}), z));
+    EXPECT_FALSE(t.init(vec_of({0.0, 1.0, 2.0}), vec_of({0.0, 1.0}), z));  // rows mismatch
+    EXPECT_FALSE(t.init(vec_of({0.0, 1.0}), vec_of({0.0}), z));            // columns mismatch
     EXPECT_TRUE(t.empty());
 
     // Equal abscissas are allowed (non-decreasing).
-    EXPECT_TRUE(t.init(list({0.0, 0.0}), list({0.0, 1.0}), z));
+    EXPECT_TRUE(t.init(vec_of({0.0, 0.0}), vec_of({0.0, 1.0}), z));
     EXPECT_EQ(t(0.0, 0.0), 1.0);
 }
 
