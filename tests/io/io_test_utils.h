@@ -20,6 +20,7 @@ namespace orv_io_test {
 
 using namespace orv::fem;
 using namespace orv::fem::io;
+using orv::dense2D;
 
 inline std::string data_path(const std::string& name) {
     const char* env = std::getenv("ORV_TEST_DATA");
