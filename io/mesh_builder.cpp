@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -36,6 +37,8 @@ std::string upper(std::string s) {
 }
 
 void mesh_builder::add_node(std::uint64_t id, double x, double y, double z, source_pos where) {
+    if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(z))
+        fail(error_data, where, "node " + std::to_string(id) + " has a coordinate that is not finite");
     const unsigned column = static_cast<unsigned>(node_ids_.size());
     if (!node_index_.emplace(id, column).second) fail(error_data, where, "node " + std::to_string(id) + " defined twice");
     node_ids_.push_back(id);

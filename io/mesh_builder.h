@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <map>
+#include <new>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -101,6 +102,36 @@ private:
                                  const std::string& name, int dim);
     unsigned node_column(std::uint64_t id, source_pos where) const;
 };
+
+// Runs the body of a public call: an allocation failure becomes error_memory and any
+// other exception error_internal, so that nothing escapes to the host.
+template <class F>
+error_type guarded(F&& body) noexcept {
+    try {
+        return body();
+    } catch (const std::bad_alloc&) {
+        return error_memory;
+    } catch (...) {
+        return error_internal;
+    }
+}
+
+// Runs a reader on a fresh builder and fills `out` only when all of it succeeded; a
+// fault gives its code and, in `error`, its message.
+template <class F>
+error_type run_reader(mesh& out, read_error* error, F&& read) noexcept {
+    return guarded([&]() -> error_type {
+        mesh_builder builder;
+        try {
+            read(builder);
+            builder.finish(out);
+            return no_error;
+        } catch (const read_fault& fault) {
+            builder.describe(fault, error);
+            return fault.code;
+        }
+    });
+}
 
 // Upper-case copy of an ASCII string.
 std::string upper(std::string s);

@@ -242,26 +242,10 @@ void deck_reader::set_line(const std::vector<std::string>& f, source_pos at, boo
 
 error_type read_deck(const char* path, mesh& out, read_error* error) noexcept {
     using namespace internal;
-    try {
-        if (path == nullptr) {
-            if (error != nullptr) *error = read_error{0, 0, "", "no file name"};
-            return error_file;
-        }
-        mesh_builder builder;
-        try {
-            deck_reader reader(builder);
-            reader.read_file(path, 0, source_pos{~0u, 0});
-            builder.finish(out);
-            return no_error;
-        } catch (const read_fault& fault) {
-            builder.describe(fault, error);
-            return fault.code;
-        }
-    } catch (const std::bad_alloc&) {
-        return error_memory;
-    } catch (...) {
-        return error_internal;
-    }
+    return run_reader(out, error, [path](mesh_builder& builder) {
+        if (path == nullptr) mesh_builder::fail(error_file, source_pos{~0u, 0}, "no file name");
+        deck_reader(builder).read_file(path, 0, source_pos{~0u, 0});
+    });
 }
 
 }  // namespace io

@@ -21,9 +21,11 @@ namespace {
 
 class msh_cursor {
 public:
-    msh_cursor(const std::string& text, unsigned file) : text_(text), file_(file) {}
+    // The cursor keeps the file's mode in the file's record, so that a message says
+    // lines in text and bytes in binary content.
+    msh_cursor(source_file& file, unsigned index) : binary(file.binary), text_(file.text), file_(index) {}
 
-    bool binary = false;
+    bool& binary;
     bool swap = false;
     unsigned size_bytes = 8;
 
@@ -226,13 +228,30 @@ void read_entities(msh_cursor& c, msh_state& s) {
     c.expect("$EndEntities");
 }
 
-void read_nodes(msh_cursor& c, mesh_builder& builder) {
+// The numbers that open $Nodes and $Elements: blocks, items, smallest and largest tag.
+struct section_counts {
+    std::uint64_t nbr_blocks, nbr_items;
+};
+
+section_counts read_counts(msh_cursor& c, const char* blocks, const char* items) {
     if (c.binary) c.end_text_line();
-    const std::uint64_t nbr_blocks = c.size("number of node blocks");
-    const std::uint64_t nbr_total = c.size("number of nodes");
-    c.size("minimum node tag");
-    c.size("maximum node tag");
-    check_count(c, nbr_blocks, "node blocks");
+    section_counts n;
+    n.nbr_blocks = c.size(blocks);
+    n.nbr_items = c.size(items);
+    c.size("minimum tag");
+    c.size("maximum tag");
+    check_count(c, n.nbr_blocks, blocks);
+    return n;
+}
+
+void check_total(msh_cursor& c, std::uint64_t read, std::uint64_t header, const char* items) {
+    if (read != header)
+        c.fail("blocks hold " + std::to_string(read) + " " + items + ", header says " + std::to_string(header));
+}
+
+void read_nodes(msh_cursor& c, mesh_builder& builder) {
+    const section_counts counts = read_counts(c, "number of node blocks", "number of nodes");
+    const std::uint64_t nbr_blocks = counts.nbr_blocks, nbr_total = counts.nbr_items;
     std::uint64_t nbr_read = 0;
     std::vector<std::uint64_t> tags;
     std::vector<source_pos> where;
@@ -258,18 +277,13 @@ void read_nodes(msh_cursor& c, mesh_builder& builder) {
         }
         nbr_read += n;
     }
-    if (nbr_read != nbr_total) c.fail("node blocks hold " + std::to_string(nbr_read) + " nodes, header says " +
-                                      std::to_string(nbr_total));
+    check_total(c, nbr_read, nbr_total, "nodes");
     c.expect("$EndNodes");
 }
 
 void read_elements(msh_cursor& c, const msh_state& s, mesh_builder& builder) {
-    if (c.binary) c.end_text_line();
-    const std::uint64_t nbr_blocks = c.size("number of element blocks");
-    const std::uint64_t nbr_total = c.size("number of elements");
-    c.size("minimum element tag");
-    c.size("maximum element tag");
-    check_count(c, nbr_blocks, "element blocks");
+    const section_counts counts = read_counts(c, "number of element blocks", "number of elements");
+    const std::uint64_t nbr_blocks = counts.nbr_blocks, nbr_total = counts.nbr_items;
     std::uint64_t nbr_read = 0;
     std::uint64_t file_nodes[27], library_nodes[27];
     for (std::uint64_t b = 0; b < nbr_blocks; ++b) {
@@ -301,8 +315,7 @@ void read_elements(msh_cursor& c, const msh_state& s, mesh_builder& builder) {
         }
         nbr_read += n;
     }
-    if (nbr_read != nbr_total) c.fail("element blocks hold " + std::to_string(nbr_read) + " elements, header says " +
-                                      std::to_string(nbr_total));
+    check_total(c, nbr_read, nbr_total, "elements");
     c.expect("$EndElements");
 }
 
@@ -340,37 +353,14 @@ void read_sections(msh_cursor& c, mesh_builder& builder) {
 
 error_type read_msh(const char* path, mesh& out, read_error* error) noexcept {
     using namespace internal;
-    try {
-        mesh_builder builder;
-        if (path == nullptr) {
-            if (error != nullptr) *error = read_error{0, 0, "", "no file name"};
-            return error_file;
-        }
+    return run_reader(out, error, [path](mesh_builder& builder) {
+        if (path == nullptr) mesh_builder::fail(error_file, source_pos{~0u, 0}, "no file name");
         builder.files.push_back(source_file{path, {}, false});
-        try {
-            if (!load_file(path, builder.files[0].text)) {
-                if (error != nullptr) *error = read_error{0, 0, path, std::string(path) + ": cannot be read"};
-                return error_file;
-            }
-            msh_cursor c(builder.files[0].text, 0);
-            try {
-                read_sections(c, builder);
-            } catch (read_fault&) {
-                builder.files[0].binary = c.binary;
-                throw;
-            }
-            builder.files[0].binary = c.binary;
-            builder.finish(out);
-            return no_error;
-        } catch (const read_fault& fault) {
-            builder.describe(fault, error);
-            return fault.code;
-        }
-    } catch (const std::bad_alloc&) {
-        return error_memory;
-    } catch (...) {
-        return error_internal;
-    }
+        if (!load_file(path, builder.files[0].text))
+            mesh_builder::fail(error_file, source_pos{~0u, 0}, std::string(path) + " cannot be read");
+        msh_cursor c(builder.files[0], 0);
+        read_sections(c, builder);
+    });
 }
 
 }  // namespace io

@@ -12,6 +12,8 @@
 
 #include <orv/fem/io/mesh_io.h>
 
+#include "io/mesh_builder.h"
+
 namespace orv {
 namespace fem {
 namespace io {
@@ -138,19 +140,15 @@ error_type write_file(const std::string& path, const std::string& text) {
 }  // namespace
 
 error_type write_vtu(const char* path, const mesh& m, const vtk_frame& frame) noexcept {
-    try {
+    return internal::guarded([&]() -> error_type {
         if (path == nullptr) return error_file;
         if (!valid(m, frame)) return error_data;
         return write_file(path, vtu_text(m, frame));
-    } catch (const std::bad_alloc&) {
-        return error_memory;
-    } catch (...) {
-        return error_internal;
-    }
+    });
 }
 
 error_type write_vtu_series(const char* base, const mesh& m, const std::vector<vtk_frame>& frames) noexcept {
-    try {
+    return internal::guarded([&]() -> error_type {
         if (base == nullptr || *base == '\0') return error_file;
         for (const vtk_frame& frame : frames)
             if (!valid(m, frame)) return error_data;
@@ -170,11 +168,7 @@ error_type write_vtu_series(const char* base, const mesh& m, const std::vector<v
         }
         pvd += "  </Collection>\n</VTKFile>\n";
         return write_file(stem + ".pvd", pvd);
-    } catch (const std::bad_alloc&) {
-        return error_memory;
-    } catch (...) {
-        return error_internal;
-    }
+    });
 }
 
 }  // namespace io

@@ -120,6 +120,7 @@ TEST(ReadDeck, BadDecksAreLocatedAndChangeNothing) {
          "line 5: element 1 has too few nodes"},
         {"*NODE\n1, 0\n2, 1\n*ELEMENT, TYPE=T3D2\n1, 1, 2, 2\n", error_data, "line 5: element 1 has too many nodes"},
         {"*NODE\n1, 0, 0, 0\n1, 1, 0, 0\n", error_data, "line 3: node 1 defined twice"},
+        {"*NODE\n1, 0, 1e999, 0\n", error_data, "line 2: node 1 has a coordinate that is not finite"},
         {"*NODE\n1, 0\n*NSET, NSET=A\nB\n", error_data, "line 4: unknown set B"},
         {"*NODE\n1, 0\n*NSET, NSET=A, GENERATE\n5, 1\n", error_data, "line 4: empty GENERATE range"},
         {"*NODE\n1, 0\n*ELSET, ELSET=A\n3\n", error_connectivity, "line 4: unknown element 3"},

@@ -109,7 +109,8 @@ struct vtk_frame {
 unsigned vtk_cell_type(element_type type, const unsigned char** order = nullptr) noexcept;
 
 // One .vtu file (UnstructuredGrid, raw appended binary data) of the mesh and the
-// frame's fields.
+// frame's fields. Files are written as "<path>.part" and renamed when complete, so a
+// failed write leaves any earlier file of that name as it was.
 error_type write_vtu(const char* path, const mesh& m, const vtk_frame& frame) noexcept;
 
 // One .vtu file per frame, named "<base>_<index>.vtu", and the collection
