@@ -67,8 +67,7 @@ TEST(ReadMsh, PhysicalGroupsAreNamedSets) {
     EXPECT_EQ(checked, 3);
 }
 
-TEST(ReadMsh, BinaryAndAsciiGiveTheSameMesh) {
-    const mesh a = read_ok("cube_tet4.msh"), b = read_ok("cube_tet4_bin.msh");
+void expect_same(const mesh& a, const mesh& b) {
     ASSERT_EQ(a.positions.cols(), b.positions.cols());
     for (std::size_t j = 0; j < a.positions.cols(); ++j)
         for (unsigned i = 0; i < 3; ++i) ASSERT_EQ(a.positions(i, j), b.positions(i, j));
@@ -82,6 +81,13 @@ TEST(ReadMsh, BinaryAndAsciiGiveTheSameMesh) {
     }
     ASSERT_EQ(a.node_sets.size(), b.node_sets.size());
     for (std::size_t k = 0; k < a.node_sets.size(); ++k) EXPECT_EQ(a.node_sets[k].nodes, b.node_sets[k].nodes);
+}
+
+// Binary content, and nodes saved with their parametric coordinates, read as the
+// plain ASCII file.
+TEST(ReadMsh, BinaryAndParametricGiveTheSameMesh) {
+    expect_same(read_ok("cube_tet4.msh"), read_ok("cube_tet4_bin.msh"));
+    expect_same(read_ok("hex8.msh"), read_ok("hex8_param_bin.msh"));
 }
 
 // Every prefix of a file that stops before its closing "$EndElements" fails with a
