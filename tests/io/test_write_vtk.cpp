@@ -158,5 +158,31 @@ TEST(WriteVtk, SeriesOfFramesAndBadInput) {
     EXPECT_EQ(write_vtu(nullptr, m, vtk_frame()), error_file);
 }
 
+// DOF IDs are node * 9 + position: node 0 has ux, uy; node 1 a rotation about z and
+// a temperature; node 3 is past the 3 points (fictitious) and is left out.
+TEST(WriteVtk, ResultsMatrixGivesOneFramePerColumn) {
+    const unsigned ids[] = {0, 1, 9 + 5, 9 + 6, 27};
+    orv::dense1D<unsigned> IDs(5);
+    for (unsigned r = 0; r < 5; ++r) IDs[r] = ids[r];
+    FEM_matrix U(IDs, 2);
+    for (unsigned c = 0; c < 2; ++c)
+        for (unsigned id : ids) ASSERT_EQ(U.set_val(id, c, 100.0 * c + id), no_error);
+    std::vector<vtk_frame> frames(1);
+    ASSERT_EQ(nodal_frames(U, 3, "U", {0.5, 2.0}, frames), no_error);
+    ASSERT_EQ(frames.size(), 3u);
+    EXPECT_EQ(frames[1].value, 0.5);
+    const vtk_frame& f = frames[2];
+    EXPECT_EQ(f.value, 2.0);
+    ASSERT_EQ(f.point_data.size(), 3u);
+    EXPECT_EQ(f.point_data[0].name + "|" + f.point_data[1].name + "|" + f.point_data[2].name, "U|U rotation|U temperature");
+    EXPECT_EQ(f.point_data[0].values.cols(), 3u);
+    EXPECT_EQ(f.point_data[0].values(1, 0), 101.0);
+    EXPECT_EQ(f.point_data[0].values(0, 1), 0.0);
+    EXPECT_EQ(f.point_data[1].values(2, 1), 114.0);
+    EXPECT_EQ(f.point_data[2].values(0, 1), 115.0);
+    EXPECT_EQ(nodal_frames(U, 3, "U", {1.0}, frames), error_data);
+    EXPECT_EQ(frames.size(), 3u);
+}
+
 }  // namespace
 }  // namespace orv_io_test

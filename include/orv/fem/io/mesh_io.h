@@ -17,6 +17,7 @@
 #include <vector>
 
 #include <orv/fem/element_type.h>
+#include <orv/fem/FEM_matrix.h>
 #include <orv/fem/error_type.h>
 #include <orvmath1/dense2D.h>
 
@@ -102,6 +103,18 @@ struct vtk_frame {
     std::vector<vtk_field> point_data;
     std::vector<vtk_field> cell_data;
 };
+
+// One frame per column of a results matrix whose rows carry DOF IDs (the load cases
+// of a static run, the modes of a modal run, the steps of a transient one), with the
+// point fields "<name>" (displacements, 3 components), "<name> rotation" (3) and
+// "<name> temperature" (1), each only when the matrix has DOFs of that field. A node
+// without a DOF of a field reads 0; fictitious nodes (from nbr_points on) are left
+// out. values[k] is the value of frame k (time, frequency); an empty list numbers
+// the frames 1, 2, 3... The frames are appended to `frames`, which is untouched on
+// failure: error_data when values has neither 0 nor results.cols() entries, -200
+// when a column cannot be brought into memory.
+error_type nodal_frames(const FEM_matrix& results, std::size_t nbr_points, const std::string& name,
+                        const std::vector<double>& values, std::vector<vtk_frame>& frames) noexcept;
 
 // VTK cell type of a shape and the order of its nodes: vtk_node[k] =
 // library_node[order[k]]. FE_pyramid14 is written as a 13-node quadratic pyramid
