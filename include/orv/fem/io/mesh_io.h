@@ -86,7 +86,7 @@ error_type read_msh(const char* path, mesh& out, read_error* error = nullptr) no
 // C3D20, C3D20R, CPS3/4/6/8, CPE3/4/6/8, CAX3/4/6/8, S3, S4, S6, S8, B31, B32, T3D2, and
 // their R variants), *NSET and *ELSET (lists of numbers and set names, or GENERATE),
 // *INCLUDE (relative to the including file). Keywords and set names are case-blind;
-// other keywords and their data lines are skipped.
+// set names are kept in upper case; other keywords and their data lines are skipped.
 error_type read_deck(const char* path, mesh& out, read_error* error = nullptr) noexcept;
 
 // A named field: `values` has one row per component (1 to 9) and one column per
