@@ -6,8 +6,8 @@
 #include <orv/fem/base_class.h>
 #include <orv/fem/error_type.h>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/symmetric_sparse.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/symmetric_sparse.h>
 
 namespace orv {
 namespace core {

@@ -6,7 +6,7 @@
 #include <orv/fem/base_class.h>
 #include <orv/fem/error_type.h>
 
-#include "orvmath1/dense1D.h"
+#include <orvmath1/dense1D.h>
 
 namespace orv {
 namespace core {

@@ -9,9 +9,9 @@
 #include <orv/fem/field_tag.h>
 #include <orv/fem/stress_mgr.h>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/dense2D.h"
-#include "orvmath1/vector_fixed.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/dense2D.h>
+#include <orvmath1/vector_fixed.h>
 
 namespace orv {
 namespace core {

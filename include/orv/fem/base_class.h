@@ -3,7 +3,7 @@
 
 #include <typeinfo>
 
-#include "orvmath1/ref_counted.h"
+#include <orvmath1/ref_counted.h>
 
 namespace orv {
 namespace fem {

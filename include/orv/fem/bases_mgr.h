@@ -6,9 +6,9 @@
 #include <orv/fem/base_class.h>
 #include <orv/fem/error_type.h>
 
-#include "orvmath1/matrix_fixed.h"
-#include "orvmath1/symmetric_fixed.h"
-#include "orvmath1/vector_fixed.h"
+#include <orvmath1/matrix_fixed.h>
+#include <orvmath1/symmetric_fixed.h>
+#include <orvmath1/vector_fixed.h>
 
 namespace orv {
 namespace core {

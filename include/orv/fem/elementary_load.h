@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "orvmath1/dense1D.h"
+#include <orvmath1/dense1D.h>
 
 namespace orv {
 namespace fem {

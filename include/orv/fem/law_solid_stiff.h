@@ -3,7 +3,7 @@
 
 #include <orv/fem/law_base.h>
 
-#include "orvmath1/vector_fixed.h"
+#include <orvmath1/vector_fixed.h>
 
 namespace orv {
 namespace core {

@@ -8,8 +8,8 @@
 #include <orv/fem/error_type.h>
 #include <orv/fem/field_tag.h>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/vector_fixed.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/vector_fixed.h>
 
 namespace orv {
 namespace core {

@@ -7,10 +7,10 @@
 #include <orv/fem/error_type.h>
 #include <orv/fem/physics_model_base.h>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/dense2D.h"
-#include "orvmath1/matrix_fixed.h"
-#include "orvmath1/vector_fixed.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/dense2D.h>
+#include <orvmath1/matrix_fixed.h>
+#include <orvmath1/vector_fixed.h>
 
 namespace orv {
 namespace core {

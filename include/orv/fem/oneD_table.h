@@ -1,7 +1,7 @@
 // A function of one variable given by a table of points, read by linear interpolation.
 #pragma once
 
-#include "orvmath1/dense1D.h"
+#include <orvmath1/dense1D.h>
 
 namespace orv {
 namespace fem {

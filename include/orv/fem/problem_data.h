@@ -10,7 +10,7 @@
 #include <orv/fem/loads_mgr.h>
 #include <orv/fem/stress_mgr.h>
 
-#include "orvmath1/dense2D.h"
+#include <orvmath1/dense2D.h>
 
 namespace orv {
 namespace core {

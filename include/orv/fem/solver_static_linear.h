@@ -9,7 +9,7 @@
 #include <orv/fem/problem_data.h>
 #include <orv/fem/solver_base.h>
 
-#include "orvmath1/dense1D.h"
+#include <orvmath1/dense1D.h>
 
 namespace orv {
 namespace core {

@@ -5,7 +5,7 @@
 #include <orv/fem/error_type.h>
 #include <orv/fem/numerical_model_base.h>
 
-#include "orvmath1/dense1D.h"
+#include <orvmath1/dense1D.h>
 
 namespace orv {
 namespace core {

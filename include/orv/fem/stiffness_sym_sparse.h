@@ -5,8 +5,8 @@
 #include <orv/fem/error_type.h>
 #include <orv/fem/numerical_model_base.h>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/symmetric_sparse.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/symmetric_sparse.h>
 
 namespace orv {
 namespace core {

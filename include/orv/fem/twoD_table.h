@@ -3,8 +3,8 @@
 
 #include <cstddef>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/dense2D.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/dense2D.h>
 
 namespace orv {
 namespace fem {
