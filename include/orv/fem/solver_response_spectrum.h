@@ -7,9 +7,9 @@
 #include <orv/fem/oneD_table.h>
 #include <orv/fem/solver_base.h>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/dense2D.h"
-#include "orvmath1/symmetric_full.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/dense2D.h>
+#include <orvmath1/symmetric_full.h>
 
 namespace orv {
 namespace core {

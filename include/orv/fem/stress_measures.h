@@ -8,10 +8,10 @@
 #include <orv/fem/error_type.h>
 #include <orv/fem/FEM_matrix.h>
 
-#include "orvmath1/dense1D.h"
-#include "orvmath1/dense2D.h"
-#include "orvmath1/symmetric_fixed.h"
-#include "orvmath1/symmetric_full.h"
+#include <orvmath1/dense1D.h>
+#include <orvmath1/dense2D.h>
+#include <orvmath1/symmetric_fixed.h>
+#include <orvmath1/symmetric_full.h>
 
 namespace orv {
 namespace fem {
