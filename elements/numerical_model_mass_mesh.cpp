@@ -13,6 +13,14 @@ mass_mesh_base::mass_mesh_base(context_type* ctx, const Ptr<physics_model_base>&
                                const dense2D<unsigned int>& connectivity, fem::element_type type)
     : stiff_mesh_base(ctx, physics, connectivity, type) {}
 
+int mass_mesh_base::get_local_basis(const dense2D<double>&, std::uint32_t element,
+                                    matrix_fixed<double, 3, 3>& R) const {
+    if (element >= nbr_elements()) return -102;
+    for (unsigned i = 0; i < 3; ++i)
+        for (unsigned j = 0; j < 3; ++j) R(i, j) = i == j ? 1.0 : 0.0;
+    return 0;
+}
+
 int mass_mesh_base::__finish(element_workspace& ws, unsigned nn, unsigned nd, const unsigned* local,
                              const double* m) const {
     const bool want_matrix = ws.matrix_level == 1 || ws.matrix_level == 2;
@@ -130,13 +138,7 @@ int create_mass_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
     } catch (const std::bad_alloc&) {
         return -199;
     }
-    if (!m) return -104;
-    model = Ptr<numerical_model_base>(m);
-    if (m->ID() == numerical_model_base::no_ID) {
-        model.reset();
-        return -199;
-    }
-    return 0;
+    return adopt_mesh(m, model);
 }
 
 }  // namespace core

@@ -163,8 +163,11 @@ TYPED_TEST(SolidMass, RigidMotionGivesExactMomentumAndEnergy) {
     ASSERT_EQ(e.ids.size(), 3u * TypeParam::nbr_nodes);
     for (std::size_t i = 0; i < e.ids.size(); ++i)
         for (std::size_t j = 0; j < e.ids.size(); ++j) {
-            if (e.ids[i] % 9 != e.ids[j] % 9) ASSERT_EQ(e.at(i, j), 0.0);
-            else if (e.ids[i] % 9 == 0) ASSERT_EQ(e.at(i, j), e.at(i + 1, j + 1));
+            if (e.ids[i] % 9 != e.ids[j] % 9) {
+                ASSERT_EQ(e.at(i, j), 0.0);
+            } else if (e.ids[i] % 9 == 0) {
+                ASSERT_EQ(e.at(i, j), e.at(i + 1, j + 1));
+            }
         }
 }
 
@@ -206,7 +209,9 @@ TEST(MassMesh, TetrahedraHaveTheirClosedFormMatrices) {
                 EXPECT_NEAR(l.diag[i], corner ? mass / 36 : 4 * mass / 27, 1e-13);
             }
         }
-        if (S::nbr_nodes == 4) EXPECT_NEAR(c.at(0, 3), mass / 20, 1e-13);
+        if (S::nbr_nodes == 4) {
+            EXPECT_NEAR(c.at(0, 3), mass / 20, 1e-13);
+        }
     };
     check(elfes::tetra4{});
     check(elfes::tetra10{});
@@ -296,7 +301,9 @@ TEST(MassMesh, AxisymmetricRingWeighsTwoPiRAreaRho) {
             EXPECT_NEAR(sum_of_slot(m.F, 0), -ring, 1e-11 * ring);
             EXPECT_NEAR(sum_of_slot(m.F, 1), ring, 1e-11 * ring);
             EXPECT_EQ(sum_of_slot(m.F, 2), 0.0);  // no hoop DOF
-            if (level == 2) EXPECT_NEAR(sum_of_slot(m.D, 0), ring, 1e-11 * ring);
+            if (level == 2) {
+                EXPECT_NEAR(sum_of_slot(m.D, 0), ring, 1e-11 * ring);
+            }
         }
     };
     // quadrilaterals: r in [2, 3], z in [0, 1]; triangles: corners (3, 0), (2, 1), (2, 0)
