@@ -2,8 +2,6 @@
 // inertial vector, and the creation path.
 #include "elements/numerical_model_mass_mesh.h"
 
-#include <algorithm>
-
 #include "elements/element_family_table.h"
 
 namespace orv {
@@ -51,20 +49,20 @@ int mass_mesh_base::__finish(element_workspace& ws, unsigned nn, unsigned nd, co
         }
         const std::size_t n = ws.DOFs->size();
         double energy = 0.0;
+        // a DOF that U does not hold has the value 0
+        auto u = [&](std::size_t a) {
+            const double* p = ws.U->find((*ws.DOFs)[a]);
+            return p ? *p : 0.0;
+        };
         for (std::size_t a = 0; a < n; ++a) {
-            const double* ua = ws.U->find((*ws.DOFs)[a]);
-            if (!ua) continue;
             double s = 0.0;
             if (ws.diag.size() == n) {
-                s = ws.diag[a] * *ua;
+                s = ws.diag[a] * u(a);
             } else {
-                for (std::size_t b = 0; b < n; ++b) {
-                    const double* ub = ws.U->find((*ws.DOFs)[b]);
-                    if (ub) s += M(a, b) * *ub;
-                }
+                for (std::size_t b = 0; b < n; ++b) s += M(a, b) * u(b);
             }
             ws.vector[a] = -s;
-            energy += 0.5 * s * *ua;
+            energy += 0.5 * s * u(a);
         }
         ws.results[0] += energy;
     }
