@@ -234,6 +234,19 @@ TEST(MassMesh, LinesCarryTheirMassPerLength) {
         EXPECT_NEAR(c.at(0, 0), mass / 3, 1e-13);
         EXPECT_NEAR(c.at(0, 3), mass / 6, 1e-13);
         EXPECT_EQ(c.at(0, 1), 0.0);
+        // U on node 0 alone: node 1 still feels -M_10 u_0
+        const dense2D<double> pos = affine_nodes<elfes::edge2>(o, a, b);
+        const unsigned first = 0;
+        core::DOF_vector U, F = make_U(pos, [](const double*, double* u) { u[0] = u[1] = u[2] = 0.0; });
+        U.init(Ptr<core::DOF_index>(new core::DOF_index(&first, &first + 1)), 1.0);
+        core::vector_assembler<double> va(F, 1.0);
+        core::assembly_args args;
+        args.pos = &pos;
+        args.U = &U;
+        args.vector_assembler = &va;
+        ASSERT_EQ(model.engine()->assemble_matrix(2, args), 0);
+        EXPECT_NEAR(*F.find(9), -mass / 6, 1e-13);
+        EXPECT_NEAR(*F.find(0), -mass / 3, 1e-13);
     }
     {
         fem::numerical_model_mass model = mass_mesh(ctx, physics, one_element<elfes::edge3>(), fem::FE_edge3);
