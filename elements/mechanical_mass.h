@@ -5,6 +5,8 @@
 // weight carries 2 pi r).
 #pragma once
 
+#include <orv/fem/error_type.h>
+
 #include <cmath>
 #include <cstdint>
 
@@ -77,7 +79,7 @@ public:
 
     // The nodal mass matrix m_ij = integral of rho N_i N_j (lower triangle of an
     // NN x NN row-major matrix, added to), rho read from the law at each point of
-    // `element` (its global number). -106 when a density is not a positive finite
+    // `element` (its global number). error_element when a density is not a positive finite
     // number, or when the element's mass is not positive (a degenerate or inverted
     // element), so that a mass matrix never loses its definiteness silently.
     int compute(const law_scalar& law, std::uint32_t element, const double (*X)[3], double* m) const {
@@ -88,7 +90,7 @@ public:
             key.point = table.point[p].ID;
             const dense1D<double> data = law.get_data_ref(key);
             const double rho = data.size() > 0 ? data[0] : 0.0;
-            if (!(rho > 0.0) || !std::isfinite(rho)) return -106;
+            if (!(rho > 0.0) || !std::isfinite(rho)) return fem::error_element;
             const double w = weight(p, X) * rho;
             total += w;
             for (unsigned i = 0; i < NN; ++i) {
@@ -96,7 +98,7 @@ public:
                 for (unsigned j = 0; j <= i; ++j) m[i * NN + j] += wi * table.N[p][j];
             }
         }
-        return total > 0.0 && std::isfinite(total) ? 0 : -106;
+        return total > 0.0 && std::isfinite(total) ? fem::no_error : fem::error_element;
     }
 
     // The nodal matrix of the least-squares run: the same integral without density.

@@ -2,6 +2,8 @@
 // inertial vector, and the creation path.
 #include "elements/numerical_model_mass_mesh.h"
 
+#include <orv/fem/error_type.h>
+
 #include "elements/element_family_table.h"
 
 namespace orv {
@@ -13,7 +15,7 @@ mass_mesh_base::mass_mesh_base(context_type* ctx, const Ptr<physics_model_base>&
 
 int mass_mesh_base::get_local_basis(const dense2D<double>&, std::uint32_t element,
                                     matrix_fixed<double, 3, 3>& R) const {
-    if (element >= nbr_elements()) return -102;
+    if (element >= nbr_elements()) return fem::error_index;
     for (unsigned i = 0; i < 3; ++i)
         for (unsigned j = 0; j < 3; ++j) R(i, j) = i == j ? 1.0 : 0.0;
     return 0;
@@ -26,7 +28,7 @@ int mass_mesh_base::__finish(element_workspace& ws, unsigned nn, unsigned nd, co
     if (!want_matrix && !want_vector) return 0;
     if (!ws.init_sym()) {
         ws.reset();
-        return -199;
+        return fem::error_memory;
     }
     symmetric_full<double>& M = ws.sym.matrix();
     for (unsigned i = 0; i < nn; ++i)
@@ -40,12 +42,12 @@ int mass_mesh_base::__finish(element_workspace& ws, unsigned nn, unsigned nd, co
         }
     if (ws.matrix_level == 2 && !lump_element_matrix(ws)) {
         ws.reset();
-        return -199;
+        return fem::error_memory;
     }
     if (want_vector) {
         if (!ws.init_vector()) {
             ws.reset();
-            return -199;
+            return fem::error_memory;
         }
         const std::size_t n = ws.DOFs->size();
         double energy = 0.0;
@@ -122,9 +124,10 @@ int create_mass_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                      Ptr<numerical_model_base>& model) {
     model.reset();
     const mass_physics* mp = dynamic_cast<const mass_physics*>(physics.get());
-    if (!mp || !mp->density() || mp->nbr_DOF_slots() == 0 || mp->nbr_DOF_slots() > 3) return -101;
-    if (!elfes::find_family_entry(mass_physics_name(mp->get_family_code()), type, elfes::instance_lin)) return -104;
-    if (connectivity.rows() != fem::nbr_nodes(type)) return -105;
+    if (!mp || !mp->density() || mp->nbr_DOF_slots() == 0 || mp->nbr_DOF_slots() > 3) return fem::error_data;
+    if (!elfes::find_family_entry(mass_physics_name(mp->get_family_code()), type, elfes::instance_lin))
+        return fem::error_element_type;
+    if (connectivity.rows() != fem::nbr_nodes(type)) return fem::error_connectivity;
     numerical_model_base* m = nullptr;
     try {
         switch (fem::element_dim(type)) {
@@ -134,7 +137,7 @@ int create_mass_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
             default: break;
         }
     } catch (const std::bad_alloc&) {
-        return -199;
+        return fem::error_memory;
     }
     return adopt_mesh(m, model);
 }

@@ -28,7 +28,7 @@ public:
     int get_local_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const override;
     // A mass mesh has no stresses or strains.
     int get_point_values(std::uint32_t, const dense2D<double>&, const DOF_vector*, dense2D<double>&) const override {
-        return -101;
+        return fem::error_data;
     }
 
 protected:
@@ -60,7 +60,7 @@ public:
         unsigned local[NN * max_ND];
         ws.reset();
         const unsigned nd = physics_ ? physics_->nbr_DOF_slots() : 0;
-        if (nd > max_ND) return -105;
+        if (nd > max_ND) return fem::error_connectivity;
         int rc = __prepare(ws, NN, nd, nodes, X, local, Server::planar);
         if (rc) return rc;
         double m[NN * NN] = {};

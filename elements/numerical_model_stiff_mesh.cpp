@@ -5,6 +5,8 @@
 #include <cmath>
 #include <new>
 
+#include <orv/fem/error_type.h>
+
 #include "elements/element_family_table.h"
 #include "frame/context_type.h"
 #include "model/numerical_models_mgr.h"
@@ -228,13 +230,13 @@ unsigned instance_bit(const physics_model_base& ph) {
 }  // namespace
 
 int adopt_mesh(numerical_model_base* m, Ptr<numerical_model_base>& model) {
-    if (!m) return -104;
+    if (!m) return fem::error_element_type;
     model = Ptr<numerical_model_base>(m);
     if (m->ID() == numerical_model_base::no_ID) {
         model.reset();
-        return -199;
+        return fem::error_memory;
     }
-    return 0;
+    return fem::no_error;
 }
 
 int create_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
