@@ -5,6 +5,8 @@
 #include <cmath>
 #include <new>
 
+#include <orv/fem/error_type.h>
+
 #include "elements/element_family_table.h"
 #include "frame/context_type.h"
 #include "model/numerical_models_mgr.h"
@@ -227,6 +229,16 @@ unsigned instance_bit(const physics_model_base& ph) {
 
 }  // namespace
 
+int adopt_mesh(numerical_model_base* m, Ptr<numerical_model_base>& model) {
+    if (!m) return fem::error_element_type;
+    model = Ptr<numerical_model_base>(m);
+    if (m->ID() == numerical_model_base::no_ID) {
+        model.reset();
+        return fem::error_memory;
+    }
+    return fem::no_error;
+}
+
 int create_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                       const dense2D<unsigned int>& connectivity, fem::element_type type,
                       Ptr<numerical_model_base>& model) {
@@ -254,13 +266,7 @@ int create_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
     } catch (const std::bad_alloc&) {
         return -199;
     }
-    if (!m) return -104;
-    model = Ptr<numerical_model_base>(m);
-    if (m->ID() == numerical_model_base::no_ID) {
-        model.reset();
-        return -199;
-    }
-    return 0;
+    return adopt_mesh(m, model);
 }
 
 }  // namespace core

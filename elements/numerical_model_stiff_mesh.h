@@ -289,6 +289,11 @@ numerical_model_base* create_stiff_mesh_face(context_type* ctx, const Ptr<physic
 numerical_model_base* create_stiff_mesh_edge(context_type* ctx, const Ptr<physics_model_base>& physics,
                                              const dense2D<unsigned int>& connectivity, fem::element_type type);
 
+// Takes a mesh just made by a create function (null when the physics has none on
+// the shape): 0 with `model` holding it, -104 for none, -199 when the mesh could not
+// be registered (it is then released).
+int adopt_mesh(numerical_model_base* m, Ptr<numerical_model_base>& model);
+
 // The public creation path: checks the shape (-104 for a shape outside the family
 // table of the physics), the connectivity (-105: rows other than the shape's node
 // count), and builds the model. 0 and `model` set, or the code and `model` null.

@@ -1,0 +1,95 @@
+// Public handles of the mass physics and the public creation of the mass meshes.
+#include <orv/fem/model_axi3d_mass.h>
+#include <orv/fem/model_line_mass.h>
+#include <orv/fem/model_solid_mass.h>
+#include <orv/fem/model_surf_mass.h>
+#include <orv/fem/numerical_model_mass.h>
+
+#include <cmath>
+#include <new>
+
+#include "elements/mechanical_mass.h"
+#include "elements/numerical_model_mass_mesh.h"
+#include "frame/context_type.h"
+
+namespace orv {
+namespace fem {
+
+namespace {
+
+// A mass physics of class Physics on the density law held by `law`, carrying the
+// mass on the given DOF slots. The law must be a law_scalar with a positive finite
+// value: a mass matrix of zero or negative density has no meaning in a dynamic run.
+template <class Physics>
+error_type make_mass(physics_model_base& handle, const base_class& law, const unsigned* slots, unsigned nbr_slots) {
+    handle.clear_w();
+    core::law_scalar* l = dynamic_cast<core::law_scalar*>(static_cast<ref_counted*>(law.get_w()));
+    if (!l) return error_data;
+    const double rho = l->value();
+    if (!(rho > 0.0) || !std::isfinite(rho)) return error_data;
+    Ptr<core::physics_model_base> ph(new (std::nothrow) Physics(Ptr<core::law_scalar>(l)));
+    if (!ph) return error_memory;
+    ph->set_DOF_slots(slots, nbr_slots);
+    handle.set_w(static_cast<ref_counted*>(ph.get()));
+    return no_error;
+}
+
+const unsigned xyz[3] = {0, 1, 2};
+
+}  // namespace
+
+model_line_mass::model_line_mass() = default;
+model_line_mass::model_line_mass(const base_class& density) { init(density); }
+error_type model_line_mass::init(const base_class& density) {
+    return make_mass<core::mass_displacement_1d>(*this, density, xyz, 3);
+}
+
+model_surf_mass::model_surf_mass() = default;
+model_surf_mass::model_surf_mass(const base_class& density) { init(density); }
+model_surf_mass::model_surf_mass(const base_class& density, unsigned axis) { init(density, axis); }
+error_type model_surf_mass::init(const base_class& density) {
+    return make_mass<core::mass_displacement_2d>(*this, density, xyz, 3);
+}
+error_type model_surf_mass::init(const base_class& density, unsigned axis) {
+    // the in-plane slots of the plane strain model of the same axis
+    const unsigned slots[2] = {axis == 0 ? 1u : 0u, axis == 0 || axis == 1 ? 2u : 1u};
+    return make_mass<core::mass_displacement_2d>(*this, density, slots, 2);
+}
+
+model_solid_mass::model_solid_mass() = default;
+model_solid_mass::model_solid_mass(const base_class& density) { init(density); }
+error_type model_solid_mass::init(const base_class& density) {
+    return make_mass<core::mass_displacement_3d>(*this, density, xyz, 3);
+}
+
+model_axi3d_mass::model_axi3d_mass() = default;
+model_axi3d_mass::model_axi3d_mass(const base_class& density) { init(density); }
+error_type model_axi3d_mass::init(const base_class& density) {
+    return make_mass<core::mass_axi3d>(*this, density, xyz, 2);
+}
+
+numerical_model_mass::numerical_model_mass() = default;
+numerical_model_mass::numerical_model_mass(const context& ctx, const physics_model_base& physics,
+                                           const dense2D<unsigned int>& connectivity, element_type type) {
+    init(ctx, physics, connectivity, type);
+}
+
+error_type numerical_model_mass::init(const context& ctx, const physics_model_base& physics,
+                                      const dense2D<unsigned int>& connectivity, element_type type) {
+    clear_w();
+    core::physics_model_base* ph = physics.engine();
+    if (!ctx.engine() || !ph) return error_data;
+    Ptr<core::numerical_model_base> model;
+    int rc = 0;
+    try {
+        rc = core::create_mass_mesh(ctx.engine(), Ptr<core::physics_model_base>(ph), connectivity, type, model);
+    } catch (...) {
+        return error_memory;
+    }
+    if (rc) return static_cast<error_type>(rc);
+    set_w(static_cast<ref_counted*>(model.get()));
+    return no_error;
+}
+
+}  // namespace fem
+}  // namespace orv

@@ -1,0 +1,30 @@
+// Mass of surfaces (membranes, plane strain sections): a density per unit area.
+// Meshes of faceT3, faceT6, faceQ4, faceQ9 through numerical_model_mass; the area is
+// measured in 3-D, so a surface may lie in any plane.
+#pragma once
+
+#include <orv/fem/physics_model_base.h>
+
+namespace orv {
+namespace fem {
+
+class model_surf_mass : public physics_model_base {
+public:
+    model_surf_mass();
+    explicit model_surf_mass(const base_class& density);
+    model_surf_mass(const model_surf_mass&) = default;
+    model_surf_mass& operator=(const model_surf_mass&) = default;
+    ~model_surf_mass() override = default;
+    // density: a law_scalar whose value is the mass per unit area (density times
+    // thickness). The mass goes to the three displacement DOFs of each node, as the
+    // membranes have them. -101 when the handle holds no law_scalar or its value is
+    // not a positive finite number (the handle is then empty), -199 on memory.
+    error_type init(const base_class& density);
+    // The same on the two in-plane DOFs of a plane strain model whose plane is normal
+    // to `axis`: 0 gives the slots 1 and 2, 1 gives 0 and 2, any other value 0 and 1.
+    model_surf_mass(const base_class& density, unsigned axis);
+    error_type init(const base_class& density, unsigned axis);
+};
+
+}  // namespace fem
+}  // namespace orv
