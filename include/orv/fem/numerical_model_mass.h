@@ -8,7 +8,7 @@
 #include <orv/fem/numerical_model_base.h>
 #include <orv/fem/physics_model_base.h>
 
-#include "orvmath1/dense2D.h"
+#include <orvmath1/dense2D.h>
 
 namespace orv {
 namespace fem {
