@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "linalg/dense_kernels.h"
+#include "linalg/parallel_first_error.h"
 
 namespace orv {
 namespace core {
@@ -628,13 +629,10 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                         for (std::ptrdiff_t gi = std::ptrdiff_t(g0); gi < std::ptrdiff_t(g1); ++gi) {
                             if (st.error) continue;
                             const std::size_t u = lv[std::size_t(gi)];
-                            int r;
-                            try {
-                                r = block_work(st, units[u], units[u + 1], ws[std::size_t(omp_get_thread_num())],
-                                               inner);
-                            } catch (const std::bad_alloc&) {
-                                r = -199;
-                            }
+                            const int r = guarded([&] {
+                                return block_work(st, units[u], units[u + 1], ws[std::size_t(omp_get_thread_num())],
+                                                  inner);
+                            });
                             if (r) st.set_error(r);
                         }
                         g0 = g1;

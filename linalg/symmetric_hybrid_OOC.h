@@ -69,6 +69,17 @@ public:
     std::uint64_t nbr_segments() const noexcept { return proxy_ ? proxy_->nbr_segments : 0; }
     std::uint64_t max_extra_segments() const noexcept { return proxy_ ? proxy_->max_extra_segments : 0; }
     std::uint64_t total_bytes() const noexcept { return proxy_ ? proxy_->total_bytes : 0; }
+    // Size in MB of a matrix of this layout with the given totals: its header, the row
+    // and block maps, one block record and 16 bytes of segment record per segment,
+    // and the values. 2^44 when the profile reaches the size lines' limit (2^61 - 1).
+    static double layout_MB(std::uint64_t rows, std::uint64_t blocks, std::uint64_t segments,
+                            std::uint64_t profile) noexcept {
+        if (rows == 0) return 0.0;
+        if (profile >= 0x1FFFFFFFFFFFFFFFull) return 17592186044416.0;
+        return (56.0 + 4.0 * double(rows + blocks) + 56.0 * double(blocks) + 16.0 * double(segments) +
+                8.0 * double(profile)) / 1048576.0;
+    }
+    double layout_MB() const noexcept { return layout_MB(dimension(), nbr_blocks(), nbr_segments(), profile()); }
     bool all_incore() const noexcept { return !proxy_ || proxy_->all_resident(); }
     const Ptr<proxy_type>& proxy() const noexcept { return proxy_; }
     // Block holding row r.

@@ -1,0 +1,257 @@
+// Linear static run on input it must refuse or report honestly: non-finite loads and
+// imposed values on every path, non-finite pivots, the size of Ks when it is not kept,
+// and the strain energy of a model driven by imposed displacements.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <orv/fem/DOFs_mgr.h>
+#include <orv/fem/context.h>
+#include <orv/fem/elementary_load.h>
+#include <orv/fem/law_solid_stiff.h>
+#include <orv/fem/model_solid.h>
+#include <orv/fem/numerical_model_composite.h>
+#include <orv/fem/numerical_model_stiff.h>
+#include <orv/fem/problem_data.h>
+#include <orv/fem/solver_static_linear.h>
+#include <orv/fem/stiffness_diag.h>
+#include <orv/fem/stiffness_sym.h>
+
+#include "orvmath1/dense2D.h"
+#include "orvmath1/symmetric_full.h"
+
+using namespace orv;
+using solver = fem::solver_static_linear;
+
+namespace {
+
+const double NaN = std::numeric_limits<double>::quiet_NaN();
+const double INF = std::numeric_limits<double>::infinity();
+
+// Springs between consecutive nodes on their x DOFs; node 0 blocked in the table.
+struct springs {
+    fem::context ctx;
+    dense2D<double> pos;
+    fem::DOFs_mgr table;
+    fem::numerical_model_composite comp;
+    fem::problem_data problem;
+    std::vector<fem::numerical_model_base> models;
+
+    springs(const std::vector<double>& k, std::size_t cases)
+        : pos(3, k.size() + 1, 0.0), table(unsigned(k.size() + 1), false), comp(ctx) {
+        for (unsigned j = 1; j <= k.size(); ++j) table.set(9u * j, true);
+        for (unsigned i = 1; i <= k.size(); ++i) {
+            symmetric_full<double> K(2, 0.0);
+            K(0, 0) = K(1, 1) = k[i - 1];
+            K(1, 0) = -k[i - 1];
+            dense1D<unsigned int> ids(2);
+            ids[0] = 9 * (i - 1);
+            ids[1] = 9 * i;
+            fem::stiffness_sym s(ctx, K, ids, 1);
+            comp.insert(s.ID());
+            models.push_back(s);
+        }
+        problem = fem::problem_data(ctx, pos, table, comp.ID(), cases);
+    }
+    fem::loads_mgr loads(std::size_t c) { return problem.get_loads_mgr(c); }
+};
+
+// A model of separate diagonal stiffnesses (no coupling): the pivots are the values,
+// whatever the order of elimination.
+struct diagonal {
+    fem::context ctx;
+    dense2D<double> pos;
+    fem::DOFs_mgr table;
+    fem::stiffness_diag model;
+    fem::problem_data problem;
+
+    diagonal(const std::vector<double>& values, const std::vector<unsigned>& ids)
+        : pos(3, 4, 0.0), table(4, false) {
+        dense1D<double> v(values.size());
+        dense1D<unsigned int> i(ids.size());
+        for (std::size_t a = 0; a < values.size(); ++a) {
+            v[a] = values[a];
+            i[a] = ids[a];
+            table.set(ids[a], true);
+        }
+        model = fem::stiffness_diag(ctx, v, i, 1);
+        problem = fem::problem_data(ctx, pos, table, model.ID(), 1);
+    }
+};
+
+void expect_not_finite_error(const solver::data_type& d) {
+    EXPECT_EQ(d.error_code, fem::error_not_finite);
+    EXPECT_STREQ(d.error_name, "INF or NaN detected.");
+    EXPECT_NE(std::strstr(d.error_msg, "fem/solver_static_linear"), nullptr) << d.error_msg;
+}
+
+}  // namespace
+
+// A NaN in a nodal load or in an eliminated imposed value is reported, on the direct
+// path and on the per-case paths alike; a clean case before it is solved.
+TEST(StaticLinearFaults, NonFiniteLoadsAndImposedValues) {
+    struct variant {
+        const char* name;
+        bool imposed;    // NaN in an imposed value imposed in all cases, else in a load
+        unsigned use_ALM;
+    };
+    for (const variant v : {variant{"load, direct", false, 0}, variant{"imposed, direct", true, 0},
+                            variant{"load, ALM", false, 1}, variant{"imposed, ALM", true, 1}}) {
+        SCOPED_TRACE(v.name);
+        springs m({100.0, 200.0}, 2);
+        m.loads(0).record_DOF_load(18, 1.0);
+        if (v.imposed) {
+            m.loads(0).record_DOF_prescribed_value(9, 0.0);
+            m.loads(1).record_DOF_prescribed_value(9, NaN);
+        } else {
+            m.loads(1).record_DOF_load(18, NaN);
+        }
+        // A penalty support that makes the ALM switch meaningful.
+        dense1D<double> pv(1, 50.0);
+        dense1D<unsigned int> pid(1, 18u);
+        fem::stiffness_diag support(m.ctx, pv, pid, 0);
+        m.comp.insert(support.ID());
+        solver s;
+        s.settings.use_ALM = v.use_ALM;
+        std::vector<std::string> lines;
+        s.settings.display_hook = [](void* p, unsigned, const char* t) {
+            static_cast<std::vector<std::string>*>(p)->push_back(t);
+        };
+        s.settings.pass_thru = &lines;
+        solver::data_type d(m.problem);
+        s.run(d);
+        expect_not_finite_error(d);
+        bool named = false;
+        for (const auto& l : lines) named = named || l.find("Load case #1: INF or NaN detected.") != std::string::npos;
+        EXPECT_TRUE(named);
+    }
+}
+
+// A NaN body force on a hexa8 goes through the element loads.
+TEST(StaticLinearFaults, NonFiniteBodyForce) {
+    fem::context ctx;
+    fem::law_solid_StVenant law(ctx);
+    ASSERT_EQ(law.init(1.0, 0.3, 0.0), 0);
+    fem::model_solid_lin physics;
+    ASSERT_EQ(physics.init(law), fem::no_error);
+    dense2D<unsigned int> conn(8, 1, 0u);
+    dense2D<double> pos(3, 8, 0.0);
+    static const unsigned corner[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
+                                          {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
+    for (unsigned a = 0; a < 8; ++a) {
+        conn(a, 0) = a;
+        for (unsigned c = 0; c < 3; ++c) pos(c, a) = corner[a][c];
+    }
+    fem::numerical_model_stiff_lin mesh;
+    ASSERT_EQ(mesh.init(ctx, physics, conn, fem::FE_hexa8), fem::no_error);
+    fem::DOFs_mgr table(8, false);
+    for (unsigned v = 4; v < 8; ++v) table.set(v, fem::field_displacement, true);
+    fem::problem_data problem(ctx, pos, table, mesh.ID(), 1);
+    dense1D<double> g(3, 0.0);
+    g[2] = NaN;
+    ASSERT_EQ(problem.get_loads_mgr(0).record_NM_load(mesh.ID(), fem::numerical_model_base::all_elements,
+                                                      fem::elementary_load(24, 0, g)),
+              fem::no_error);
+    solver s;
+    solver::data_type d(problem);
+    s.run(d);
+    expect_not_finite_error(d);
+}
+
+// A pivot that is not finite: -107, the DOF from the row of the largest pivot, and a
+// range that holds what the factorisation saw, never the recorder's start values.
+TEST(StaticLinearFaults, NonFinitePivots) {
+    const double start = 1.7976931348623157e+308;
+    for (const bool forcing : {false, true}) {
+        SCOPED_TRACE(forcing ? "forcing" : "checking");
+        {
+            diagonal m({INF}, {9});
+            solver s;
+            s.settings.force_positive_pivots = forcing;
+            solver::data_type d(m.problem);
+            s.run(d);
+            EXPECT_EQ(d.error_code, fem::error_pivot);
+            EXPECT_STREQ(d.error_name, "Pivot error.");
+            EXPECT_EQ(d.bad_pivot_DOF, 9u);
+            EXPECT_EQ(d.pivot_max, INF);
+            EXPECT_EQ(d.pivot_min, INF);
+        }
+        {
+            diagonal m({2.0, INF}, {0, 18});
+            solver s;
+            s.settings.force_positive_pivots = forcing;
+            solver::data_type d(m.problem);
+            s.run(d);
+            EXPECT_EQ(d.error_code, fem::error_pivot);
+            EXPECT_EQ(d.bad_pivot_DOF, 18u);
+            EXPECT_EQ(d.pivot_max, INF);
+            EXPECT_NE(d.pivot_min, start);
+        }
+        {
+            diagonal m({NaN}, {27});
+            solver s;
+            s.settings.force_positive_pivots = forcing;
+            solver::data_type d(m.problem);
+            s.run(d);
+            EXPECT_EQ(d.error_code, fem::error_pivot);
+            EXPECT_EQ(d.bad_pivot_DOF, 27u);
+            EXPECT_TRUE(std::isnan(d.pivot_min));
+            EXPECT_TRUE(std::isnan(d.pivot_max));
+        }
+    }
+}
+
+// size_Ks is the size of the sparse stiffness whether or not the run keeps it, and
+// the size gate counts it only when it does.
+TEST(StaticLinearFaults, SizeOfKsWithoutKeepingIt) {
+    // 4 free DOFs in a chain: 4 diagonal and 3 off-diagonal entries.
+    const double MB = 1.0 / 1048576.0;
+    const double expected = MB * (4.0 * (4 + 18 + 7) + 8.0 * 7);
+    for (const std::uint32_t mask : {64u, 16u | 64u, 0u}) {
+        SCOPED_TRACE(mask);
+        springs m({1.0, 2.0, 3.0, 4.0}, 1);
+        m.loads(0).record_DOF_load(36, 1.0);
+        solver s;
+        s.settings.output_mask = mask;
+        solver::data_type d(m.problem);
+        s.run(d);
+        ASSERT_EQ(d.error_code, 0);
+        EXPECT_DOUBLE_EQ(d.size_Ks, expected);
+        if (mask == 64u) EXPECT_DOUBLE_EQ(d.size_total, d.size_Kf + d.size_RHS + d.size_U);
+    }
+}
+
+// Two springs in series driven by an imposed displacement of their far end: no load
+// does work, all the energy is in the springs. k1 = 100, k2 = 200, u2 = 0.03: the
+// force is 0.03 / (1/100 + 1/200) = 2, u1 = 0.02, the strain energy 0.5 * 2 * 0.03.
+TEST(StaticLinearFaults, StrainEnergyOfADisplacementDrivenModel) {
+    for (const bool eliminated : {true, false}) {
+        SCOPED_TRACE(eliminated ? "eliminated" : "kept");
+        springs m({100.0, 200.0}, 2);
+        m.loads(0).record_DOF_prescribed_value(18, 0.03);
+        if (eliminated)
+            m.loads(1).record_DOF_prescribed_value(18, 0.03);
+        else
+            m.loads(1).record_DOF_load(9, 3.0);  // the tip is free here: u1 = u2 = 0.03
+        solver s;
+        s.settings.use_ALM = 0;
+        s.settings.tol_CG = 1e-12;
+        solver::data_type d(m.problem);
+        s.run(d);
+        ASSERT_EQ(d.error_code, 0) << d.error_name;
+        double u1 = 0.0;
+        ASSERT_EQ(d.U.get_val(9, 0, u1), 0);
+        EXPECT_NEAR(u1, 0.02, 1e-12);
+        EXPECT_EQ(d.energy[0], 0.0);
+        ASSERT_EQ(d.strain_energy.size(), 2u);
+        EXPECT_NEAR(d.strain_energy[0], 0.03, 1e-12);
+        // Case 1 is a plain load case: both energies are 1/2 F u.
+        const double e1 = eliminated ? 0.03 : 0.5 * 3.0 * 0.03;
+        EXPECT_NEAR(d.strain_energy[1], e1, 1e-12);
+        if (!eliminated) EXPECT_NEAR(d.energy[1], e1, 1e-12);
+    }
+}
