@@ -92,6 +92,7 @@ public:
 
     // Failure lines of the run's messages.
     enum : int {
+        line_Kf_not_factored = 187,
         line_size_gate = 199,
         line_Ks_allocation = 217,
         line_Ks_assembly = 224,

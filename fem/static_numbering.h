@@ -69,6 +69,11 @@ int solver_static_linear<Types, Settings, Data>::number_from_factor(Data& data, 
     const FEM_factor_engine* Kf = data.Kf.engine();
     free_IDs_ = Kf->get_IDs() ? Kf->get_IDs() : Ptr<DOF_index>(new DOF_index());
     const skyline_factor& m = Kf->matrix();
+    if (m.dimension() && !m.factored()) {
+        // A factor kept from a run whose factorisation failed holds no usable factors.
+        this->set_error(data, fem::error_data, "DATA ERROR", line_Kf_not_factored);
+        return fem::error_data;
+    }
     blocks = m.nbr_blocks();
     segments = m.nbr_segments();
     profile = m.profile();

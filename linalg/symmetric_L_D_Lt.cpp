@@ -3,6 +3,7 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -697,6 +698,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block(const block_
 }
 
 double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     double energy = 0;
     for_each_block(true, [&](std::uint64_t, const block_type& blk) {
         forward_block(blk, y, &energy, true, n_threads);
@@ -706,6 +708,7 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, 
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward_only(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     for_each_block(true, [&](std::uint64_t, const block_type& blk) {
         forward_block(blk, y, nullptr, false, n_threads);
         return 0;
@@ -713,6 +716,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward_only(double* 
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* y) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     for_each_block(true, [&](std::uint64_t, const block_type& blk) {
         const std::size_t n = std::size_t(blk.n_own), f = blk.first();
         const double* dinv = blk.diag();
@@ -722,6 +726,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* y) c
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     const std::uint64_t nb = nbr_blocks();
     if (n_threads < 2 || nb < 2 || profile() < 16385 || !all_incore()) {
         for_each_block(false, [&](std::uint64_t, const block_type& blk) {
@@ -750,6 +755,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, i
 }
 
 double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     const double e = solve_forward(y, n_threads);
     solve_backward(y, n_threads);
     return e;
@@ -758,6 +764,7 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* y, int n_th
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, std::size_t ldy,
                                                                     std::size_t n_columns, int n_threads,
                                                                     double* energies) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     if (n_columns == 0) return;
     if (energies)
         for (std::size_t j = 0; j < n_columns; ++j) energies[j] = 0;
@@ -785,11 +792,13 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, st
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* Y, std::size_t ldy,
                                                                      std::size_t n_columns, int) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     for (std::size_t j = 0; j < n_columns; ++j) solve_diagonal(Y + j * ldy);
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, std::size_t ldy,
                                                                      std::size_t n_columns, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     if (n_columns == 0) return;
     const int t = int(std::min<std::size_t>(n_columns, std::size_t(std::max(n_threads, 1))));
     if (all_incore()) {
@@ -811,6 +820,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, s
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* Y, std::size_t ldy, std::size_t n_columns,
                                                             int n_threads, double* energies) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     solve_forward(Y, ldy, n_columns, n_threads, energies);
     solve_backward(Y, ldy, n_columns, n_threads);
 }

@@ -59,6 +59,12 @@ public:
     bool factored() const noexcept { return factored_; }
     // Marks the values as an assembled matrix again (after a refill of the proxy).
     void set_unfactored() noexcept { factored_ = false; }
+    // Marks the values as factors: they were read back from a file of factors.
+    void mark_factored() noexcept { factored_ = true; }
+
+    // The solves need the factors: calling them on an unfactored matrix is a fault of
+    // the caller, asserted in debug builds (runs test factored() where a host supplies
+    // the matrix).
 
     // Forward sweep with the diagonal: y := D^-1 U^-T y, in place. Returns
     // sum(z_i^2 / D_i) with z = U^-T y, which is y^T A^-1 y.

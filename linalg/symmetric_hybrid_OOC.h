@@ -2,6 +2,7 @@
 // assembled into it and the LDLt factorisation works on it in place.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -94,8 +95,15 @@ public:
     // Returns 0 or -200.
     int window(std::uint64_t b, bool forward, std::uint64_t& w0, std::uint64_t& w1);
     // Resident block b; only valid inside the current window.
-    block_type& block(std::uint64_t b) noexcept { return proxy_->block(b); }
-    const block_type& block(std::uint64_t b) const noexcept { return proxy_->block(b); }
+    // Block b, which must exist (window() is the checked way to reach a block).
+    block_type& block(std::uint64_t b) noexcept {
+        assert(proxy_ && b < proxy_->n_blocks && "no such block");
+        return proxy_->block(b);
+    }
+    const block_type& block(std::uint64_t b) const noexcept {
+        assert(proxy_ && b < proxy_->n_blocks && "no such block");
+        return proxy_->block(b);
+    }
 
     // Visits the blocks in ascending (forward) or descending order, each made
     // resident before f(b, block) is called. f returns 0 to go on; a non-zero value

@@ -255,3 +255,23 @@ TEST(StaticLinearFaults, StrainEnergyOfADisplacementDrivenModel) {
         if (!eliminated) EXPECT_NEAR(d.energy[1], e1, 1e-12);
     }
 }
+
+// A factor kept from a run whose factorisation failed is refused when it is supplied
+// to a second run, instead of being solved with.
+TEST(StaticLinearFaults, UnfactoredSuppliedFactorIsRefused) {
+    diagonal m({1.0, 0.0}, {0, 9});
+    m.problem.get_loads_mgr(0).record_DOF_load(0, 1.0);
+    solver s;
+    s.settings.output_mask = 32 | 64;
+    solver::data_type first(m.problem);
+    s.run(first);
+    ASSERT_EQ(first.error_code, fem::error_pivot);
+    ASSERT_EQ(first.Kf.dim(), 2u);
+    solver::data_type second(m.problem);
+    second.Kf = first.Kf;
+    s.settings.input_mask = 32;
+    s.run(second);
+    EXPECT_EQ(second.error_code, fem::error_data);
+    EXPECT_STREQ(second.error_name, "DATA ERROR");
+    EXPECT_EQ(second.U.cols(), 0u);
+}
