@@ -333,7 +333,8 @@ double solver_static_linear<Types, Settings, Data>::needed_size(Data& data) {
     if (need_F_) total += data.size_RHS;
     if (need_U_) total += data.size_U;
     data.size_total = total;
-    return total;
+    // The factorisation's work arrays are held on top of these while it runs.
+    return (need_Kf_ && !given_Kf_) ? total + data.size_spare : total;
 }
 
 template <class Types, class Settings, class Data>

@@ -119,14 +119,19 @@ int solver_static_linear<Types, Settings, Data>::number_from_model(Data& data, s
     return 0;
 }
 
-// size_Kf from the layout of the block matrix; size_Ks from the pattern of the graph,
-// whether or not Ks is kept (the pattern itself is only built when it is).
+// size_Kf from the layout of the block matrix, size_spare from the work arrays of its
+// factorisation; size_Ks from the pattern of the graph, whether or not Ks is kept (the
+// pattern itself is only built when it is).
 template <class Types, class Settings, class Data>
 void solver_static_linear<Types, Settings, Data>::size_matrices(Data& data, std::uint64_t blocks,
                                                                 std::uint64_t segments, std::uint64_t profile) {
     const std::uint64_t rows = free_IDs_->size();
     data.size_Kf = symmetric_hybrid_OOC<double>::layout_MB(rows, blocks, segments, profile);
     Kf_profile_ = profile;
+    // The work arrays of the factorisation, which the size gate counts beside Kf.
+    data.size_spare = double(skyline_factor::factor_work_bytes(numbering_.blocks.data(), numbering_.blocks.size(),
+                                                               profile, int(this->nbr_threads()))) /
+                      1048576.0;
     if (have_graph_ && rows > 0) {
         if (need_Ks_) {
             build_sparse_pattern(graph_ptr_, graph_IDs_, *free_IDs_, Ks_pattern_);

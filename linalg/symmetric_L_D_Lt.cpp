@@ -500,16 +500,20 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
 // unit updates, squared, is not above the sum of the squares of the two apart.
 const std::size_t unit_rows = 384;
 
-void form_units(const symmetric_hybrid_OOC<double>& A, std::uint64_t w0, std::uint64_t w1,
-                std::vector<std::uint64_t>& starts) {
+// The units of the blocks [w0, w1): starts receives the first block of each unit and
+// w1. blocks(b, extra) returns {own rows, last row} of block b and fills extra with
+// its extra columns, ascending. sizes, when given, receives for each unit its rows
+// and the number of columns it updates beyond itself.
+template <class Blocks>
+void form_units_of(const Blocks& blocks, std::uint64_t w0, std::uint64_t w1, std::vector<std::uint64_t>& starts,
+                   std::vector<std::pair<std::size_t, std::size_t>>* sizes = nullptr) {
     starts.clear();
+    if (sizes) sizes->clear();
     std::vector<std::size_t> ext, merged, own_ext;
     std::size_t rows = 0;
     for (std::uint64_t b = w0; b < w1; ++b) {
-        const block_type& blk = A.block(b);
-        const std::size_t bn = std::size_t(blk.n_own), bl = blk.last();
-        own_ext.clear();
-        for (std::size_t k = bn; k < blk.nbr_segments(); ++k) own_ext.push_back(std::size_t(blk.table()[k].column));
+        const std::pair<std::size_t, std::size_t> own = blocks(b, own_ext);
+        const std::size_t bn = own.first, bl = own.second;
         bool join = false;
         if (!starts.empty() && rows + bn <= unit_rows) {
             merged.clear();
@@ -522,12 +526,27 @@ void form_units(const symmetric_hybrid_OOC<double>& A, std::uint64_t w0, std::ui
             ext.swap(merged);
             rows += bn;
         } else {
+            if (sizes && !starts.empty()) sizes->emplace_back(rows, ext.size());
             starts.push_back(b);
             ext = own_ext;
             rows = bn;
         }
     }
+    if (sizes && !starts.empty()) sizes->emplace_back(rows, ext.size());
     starts.push_back(w1);
+}
+
+void form_units(const symmetric_hybrid_OOC<double>& A, std::uint64_t w0, std::uint64_t w1,
+                std::vector<std::uint64_t>& starts) {
+    form_units_of(
+        [&](std::uint64_t b, std::vector<std::size_t>& extra) {
+            const block_type& blk = A.block(b);
+            const std::size_t bn = std::size_t(blk.n_own);
+            extra.clear();
+            for (std::size_t k = bn; k < blk.nbr_segments(); ++k) extra.push_back(std::size_t(blk.table()[k].column));
+            return std::make_pair(bn, std::size_t(blk.last()));
+        },
+        w0, w1, starts);
 }
 
 }  // namespace
@@ -823,6 +842,33 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* Y, std::size_
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     solve_forward(Y, ldy, n_columns, n_threads, energies);
     solve_backward(Y, ldy, n_columns, n_threads);
+}
+
+std::uint64_t symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factor_work_bytes(const block_profile* profiles,
+                                                                             std::size_t n_blocks,
+                                                                             std::uint64_t profile, int n_threads) {
+    if (!profiles || n_blocks == 0) return 0;
+    std::vector<std::uint64_t> starts;
+    std::vector<std::pair<std::size_t, std::size_t>> sizes;
+    form_units_of(
+        [&](std::uint64_t b, std::vector<std::size_t>& extra) {
+            const block_profile& p = profiles[b];
+            const std::size_t bn = std::size_t(p.last - p.first);
+            extra.clear();
+            for (std::size_t k = bn; k < p.segments.size(); ++k) extra.push_back(std::size_t(p.segments[k].column));
+            return std::make_pair(bn, std::size_t(p.last));
+        },
+        0, n_blocks, starts, &sizes);
+    // A unit of n rows that updates e later columns: its own columns as a dense n x n
+    // array, its extra columns as n x e, and the row and column lists beside them.
+    std::uint64_t largest = 0;
+    for (const auto& ne : sizes) {
+        const std::uint64_t n = ne.first, e = ne.second;
+        largest = std::max<std::uint64_t>(largest, 8 * (n * n + n * e + 4 * n + 8 * e));
+    }
+    const int T = std::max(n_threads, 1);
+    const bool parallel = T >= 2 && n_blocks >= 2 && profile > 128;
+    return largest * std::uint64_t(parallel ? T : 1);
 }
 
 }  // namespace core

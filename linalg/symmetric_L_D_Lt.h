@@ -90,6 +90,12 @@ public:
         if (Y.rows() >= dimension() && Y.cols()) solve(Y.col(0), Y.ld(), Y.cols(), n_threads, energies);
     }
 
+    // Bytes of the work arrays that factorize holds (and frees when it returns) for a
+    // matrix of these block profiles on n_threads threads: the per-thread dense copies
+    // of the largest unit of consecutive blocks factored together.
+    static std::uint64_t factor_work_bytes(const block_profile* profiles, std::size_t n_blocks,
+                                           std::uint64_t profile, int n_threads);
+
     // Floating-point operations of the last factorisation (multiply and add counted
     // apart), as carried out by the kernels.
     double last_flops() const noexcept { return flops_; }

@@ -275,3 +275,35 @@ TEST(StaticLinearFaults, UnfactoredSuppliedFactorIsRefused) {
     EXPECT_STREQ(second.error_name, "DATA ERROR");
     EXPECT_EQ(second.U.cols(), 0u);
 }
+
+// The work arrays of the factorisation count in the size gate: a clique of 300 DOFs
+// whose Kf, F and U fit in 1 MB, but not with the dense 300 x 300 copy of its block.
+TEST(StaticLinearFaults, SizeGateCountsTheFactorisationWorkArrays) {
+    const unsigned n = 300;
+    fem::context ctx;
+    ctx.set_max_threads(1);
+    dense2D<double> pos(3, n, 0.0);
+    fem::DOFs_mgr table(n, false);
+    symmetric_full<double> K(n, 0.0);
+    dense1D<unsigned int> ids(n);
+    for (unsigned i = 0; i < n; ++i) {
+        table.set(9 * i, true);
+        ids[i] = 9 * i;
+        K(i, i) = 2.0 * n;
+        for (unsigned j = 0; j < i; ++j) K(i, j) = -1.0;
+    }
+    fem::stiffness_sym model(ctx, K, ids, 1);
+    fem::problem_data problem(ctx, pos, table, model.ID(), 1);
+    problem.get_loads_mgr(0).record_DOF_load(0, 1.0);
+    for (const bool limited : {false, true}) {
+        SCOPED_TRACE(limited ? "1 MB limit" : "no limit");
+        if (limited) ctx.set_max_total_size(1);
+        solver s;
+        solver::data_type d(problem);
+        s.run(d);
+        EXPECT_GE(d.size_spare, 8.0 * n * n / 1048576.0);
+        EXPECT_LT(d.size_total, 1.0);
+        EXPECT_GT(d.size_total + d.size_spare, 1.0);
+        EXPECT_EQ(d.error_code, limited ? fem::error_memory_limit : 0);
+    }
+}

@@ -87,6 +87,8 @@ public:
         double size_Ks = 0.0;
         double size_Kf = 0.0;
         double size_U = 0.0;
+        // Work arrays of the factorisation of Kf (held while it runs); the size gate
+        // counts them on top of size_total when Kf is factored.
         double size_spare = 0.0;
         double size_total = 0.0;
         // The out-of-core manager opened at least one file during the run.
