@@ -5,6 +5,7 @@
 // bodies are in the fem/static_*.h files included at the end.
 #pragma once
 
+#include <malloc.h>
 #include <omp.h>
 
 #include <algorithm>
@@ -310,6 +311,9 @@ void solver_static_linear<Types, Settings, Data>::numbering(Data& data) {
     number_system(data);
     if (data.error_code) return;
     make_total_index(data);
+    // The ordering's many small temporaries are free now: give their pages back to
+    // the system before the big matrices are allocated.
+    malloc_trim(0);
 }
 
 template <class Types, class Settings, class Data>

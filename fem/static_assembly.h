@@ -112,6 +112,13 @@ void solver_static_linear<Types, Settings, Data>::assemble_stiffness(Data& data)
         assemble_Kf(data);
     else if (given_Kf_)
         Kf_ = Ptr<factor_type>(data.Kf.engine());
+    // The element graph, the pattern of Ks and the block profiles have served: the
+    // matrices hold their own, and a run that needs a new Kf numbers the system again.
+    graph_ptr_.clear_hard();
+    graph_IDs_.clear_hard();
+    Ks_pattern_ = symmetric_sparse<double>();
+    numbering_.clear();
+    malloc_trim(0);
 }
 
 template <class Types, class Settings, class Data>

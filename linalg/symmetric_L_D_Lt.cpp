@@ -500,15 +500,19 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
 // unit updates, squared, is not above the sum of the squares of the two apart.
 const std::size_t unit_rows = 384;
 
+// What a unit is told about each unit it forms: nothing.
+struct no_unit_callback {
+    void operator()(std::size_t, const std::vector<std::size_t>&) const {}
+};
+
 // The units of the blocks [w0, w1): starts receives the first block of each unit and
 // w1. blocks(b, extra) returns {own rows, last row} of block b and fills extra with
-// its extra columns, ascending. sizes, when given, receives for each unit its rows
-// and the number of columns it updates beyond itself.
-template <class Blocks>
+// its extra columns, ascending. on_unit(rows, columns) is called for each unit with
+// its rows and the later columns it updates.
+template <class Blocks, class OnUnit = no_unit_callback>
 void form_units_of(const Blocks& blocks, std::uint64_t w0, std::uint64_t w1, std::vector<std::uint64_t>& starts,
-                   std::vector<std::pair<std::size_t, std::size_t>>* sizes = nullptr) {
+                   OnUnit&& on_unit = OnUnit()) {
     starts.clear();
-    if (sizes) sizes->clear();
     std::vector<std::size_t> ext, merged, own_ext;
     std::size_t rows = 0;
     for (std::uint64_t b = w0; b < w1; ++b) {
@@ -526,13 +530,13 @@ void form_units_of(const Blocks& blocks, std::uint64_t w0, std::uint64_t w1, std
             ext.swap(merged);
             rows += bn;
         } else {
-            if (sizes && !starts.empty()) sizes->emplace_back(rows, ext.size());
+            if (!starts.empty()) on_unit(rows, ext);
             starts.push_back(b);
             ext = own_ext;
             rows = bn;
         }
     }
-    if (sizes && !starts.empty()) sizes->emplace_back(rows, ext.size());
+    if (!starts.empty()) on_unit(rows, ext);
     starts.push_back(w1);
 }
 
@@ -848,27 +852,50 @@ std::uint64_t symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factor_work_bytes(
                                                                              std::size_t n_blocks,
                                                                              std::uint64_t profile, int n_threads) {
     if (!profiles || n_blocks == 0) return 0;
-    std::vector<std::uint64_t> starts;
-    std::vector<std::pair<std::size_t, std::size_t>> sizes;
-    form_units_of(
-        [&](std::uint64_t b, std::vector<std::size_t>& extra) {
-            const block_profile& p = profiles[b];
-            const std::size_t bn = std::size_t(p.last - p.first);
-            extra.clear();
-            for (std::size_t k = bn; k < p.segments.size(); ++k) extra.push_back(std::size_t(p.segments[k].column));
-            return std::make_pair(bn, std::size_t(p.last));
-        },
-        0, n_blocks, starts, &sizes);
-    // A unit of n rows that updates e later columns: its own columns as a dense n x n
-    // array, its extra columns as n x e, and the row and column lists beside them.
-    std::uint64_t largest = 0;
-    for (const auto& ne : sizes) {
-        const std::uint64_t n = ne.first, e = ne.second;
-        largest = std::max<std::uint64_t>(largest, 8 * (n * n + n * e + 4 * n + 8 * e));
-    }
     const int T = std::max(n_threads, 1);
     const bool parallel = T >= 2 && n_blocks >= 2 && profile > 128;
-    return largest * std::uint64_t(parallel ? T : 1);
+    // A thread's arrays grow to the largest need of any unit and stay: each array is
+    // counted at its own largest size, in 8-byte entries.
+    std::uint64_t own = 0, extra = 0, panel = 0, targets = 0, rows = 0, columns = 0, tile = 0;
+    std::vector<std::uint64_t> starts;
+    form_units_of(
+        [&](std::uint64_t b, std::vector<std::size_t>& ext) {
+            const block_profile& p = profiles[b];
+            const std::size_t bn = std::size_t(p.last - p.first);
+            ext.clear();
+            for (std::size_t k = bn; k < p.segments.size(); ++k) ext.push_back(std::size_t(p.segments[k].column));
+            return std::make_pair(bn, std::size_t(p.last));
+        },
+        0, n_blocks, starts,
+        [&](std::size_t n_rows, const std::vector<std::size_t>& ext) {
+            const std::uint64_t n = n_rows, e = ext.size();
+            // Runs of the extra columns in the same target block.
+            std::uint64_t m = 0;
+            std::size_t block_end = 0;
+            for (const std::size_t c : ext) {
+                if (m && c < block_end) continue;
+                const block_profile* q = std::upper_bound(profiles, profiles + n_blocks, c,
+                                                          [](std::size_t v, const block_profile& bp) {
+                                                              return v < std::size_t(bp.last);
+                                                          });
+                block_end = q < profiles + n_blocks ? std::size_t(q->last) : ~std::size_t(0);
+                ++m;
+            }
+            const std::uint64_t tw = std::min<std::uint64_t>(e, tile_width);
+            own = std::max(own, n * n);
+            extra = std::max(extra, n * e);
+            panel = std::max(panel, n * std::min<std::uint64_t>(n, panel_width));
+            targets = std::max(targets, e * m);
+            rows = std::max(rows, n);
+            columns = std::max(columns, e);
+            tile = std::max(tile, n * tw + max_pending * tw * tw);
+        });
+    // Own columns: the dense triangle, the panel product and six lists of rows; extra
+    // columns: the dense columns, the target pointers and eight lists of columns; one
+    // tile of products with its pending pieces for each thread of a nested region.
+    const std::uint64_t per_thread = 8 * (own + extra + panel + targets + 6 * rows + 8 * columns + tile);
+    return parallel ? per_thread * std::uint64_t(T) + 8 * tile * std::uint64_t(T) * std::uint64_t(T - 1)
+                    : per_thread;
 }
 
 }  // namespace core
