@@ -23,42 +23,16 @@
 
 #include "orvmath1/dense2D.h"
 #include "orvmath1/symmetric_full.h"
+#include "fem/static_linear_chain.h"
 
 using namespace orv;
 using solver = fem::solver_static_linear;
+using static_linear_test::chain;
 
 namespace {
 
 const double NaN = std::numeric_limits<double>::quiet_NaN();
 const double INF = std::numeric_limits<double>::infinity();
-
-// Springs between consecutive nodes on their x DOFs; node 0 blocked in the table.
-struct springs {
-    fem::context ctx;
-    dense2D<double> pos;
-    fem::DOFs_mgr table;
-    fem::numerical_model_composite comp;
-    fem::problem_data problem;
-    std::vector<fem::numerical_model_base> models;
-
-    springs(const std::vector<double>& k, std::size_t cases)
-        : pos(3, k.size() + 1, 0.0), table(unsigned(k.size() + 1), false), comp(ctx) {
-        for (unsigned j = 1; j <= k.size(); ++j) table.set(9u * j, true);
-        for (unsigned i = 1; i <= k.size(); ++i) {
-            symmetric_full<double> K(2, 0.0);
-            K(0, 0) = K(1, 1) = k[i - 1];
-            K(1, 0) = -k[i - 1];
-            dense1D<unsigned int> ids(2);
-            ids[0] = 9 * (i - 1);
-            ids[1] = 9 * i;
-            fem::stiffness_sym s(ctx, K, ids, 1);
-            comp.insert(s.ID());
-            models.push_back(s);
-        }
-        problem = fem::problem_data(ctx, pos, table, comp.ID(), cases);
-    }
-    fem::loads_mgr loads(std::size_t c) { return problem.get_loads_mgr(c); }
-};
 
 // A model of separate diagonal stiffnesses (no coupling): the pivots are the values,
 // whatever the order of elimination.
@@ -102,19 +76,15 @@ TEST(StaticLinearFaults, NonFiniteLoadsAndImposedValues) {
     for (const variant v : {variant{"load, direct", false, 0}, variant{"imposed, direct", true, 0},
                             variant{"load, ALM", false, 1}, variant{"imposed, ALM", true, 1}}) {
         SCOPED_TRACE(v.name);
-        springs m({100.0, 200.0}, 2);
-        m.loads(0).record_DOF_load(18, 1.0);
+        chain m({100.0, 200.0}, 2, true, 2);
+        m.load(0, 2, 1.0);
         if (v.imposed) {
-            m.loads(0).record_DOF_prescribed_value(9, 0.0);
-            m.loads(1).record_DOF_prescribed_value(9, NaN);
+            m.impose(0, 1, 0.0);
+            m.impose(1, 1, NaN);
         } else {
-            m.loads(1).record_DOF_load(18, NaN);
+            m.load(1, 2, NaN);
         }
-        // A penalty support that makes the ALM switch meaningful.
-        dense1D<double> pv(1, 50.0);
-        dense1D<unsigned int> pid(1, 18u);
-        fem::stiffness_diag support(m.ctx, pv, pid, 0);
-        m.comp.insert(support.ID());
+        m.add_diag({50.0}, {18}, 0);  // a penalty support: the ALM switch matters
         solver s;
         s.settings.use_ALM = v.use_ALM;
         std::vector<std::string> lines;
@@ -166,43 +136,32 @@ TEST(StaticLinearFaults, NonFiniteBodyForce) {
 // range that holds what the factorisation saw, never the recorder's start values.
 TEST(StaticLinearFaults, NonFinitePivots) {
     const double start = 1.7976931348623157e+308;
-    for (const bool forcing : {false, true}) {
-        SCOPED_TRACE(forcing ? "forcing" : "checking");
-        {
-            diagonal m({INF}, {9});
+    struct variant {
+        std::vector<double> values;
+        std::vector<unsigned> ids;
+        unsigned bad_DOF;
+    };
+    const variant variants[] = {{{INF}, {9}, 9}, {{2.0, INF}, {0, 18}, 18}, {{NaN}, {27}, 27}};
+    for (const bool forcing : {false, true})
+        for (const variant& v : variants) {
+            SCOPED_TRACE(testing::Message() << (forcing ? "forcing " : "checking ") << v.bad_DOF);
+            diagonal m(v.values, v.ids);
             solver s;
             s.settings.force_positive_pivots = forcing;
             solver::data_type d(m.problem);
             s.run(d);
             EXPECT_EQ(d.error_code, fem::error_pivot);
             EXPECT_STREQ(d.error_name, "Pivot error.");
-            EXPECT_EQ(d.bad_pivot_DOF, 9u);
-            EXPECT_EQ(d.pivot_max, INF);
-            EXPECT_EQ(d.pivot_min, INF);
-        }
-        {
-            diagonal m({2.0, INF}, {0, 18});
-            solver s;
-            s.settings.force_positive_pivots = forcing;
-            solver::data_type d(m.problem);
-            s.run(d);
-            EXPECT_EQ(d.error_code, fem::error_pivot);
-            EXPECT_EQ(d.bad_pivot_DOF, 18u);
-            EXPECT_EQ(d.pivot_max, INF);
+            EXPECT_EQ(d.bad_pivot_DOF, v.bad_DOF);
             EXPECT_NE(d.pivot_min, start);
+            EXPECT_NE(d.pivot_max, -start);
+            if (std::isnan(v.values[0])) {
+                EXPECT_TRUE(std::isnan(d.pivot_min) && std::isnan(d.pivot_max));
+            } else {
+                EXPECT_EQ(d.pivot_max, INF);
+                if (v.values.size() == 1) EXPECT_EQ(d.pivot_min, INF);
+            }
         }
-        {
-            diagonal m({NaN}, {27});
-            solver s;
-            s.settings.force_positive_pivots = forcing;
-            solver::data_type d(m.problem);
-            s.run(d);
-            EXPECT_EQ(d.error_code, fem::error_pivot);
-            EXPECT_EQ(d.bad_pivot_DOF, 27u);
-            EXPECT_TRUE(std::isnan(d.pivot_min));
-            EXPECT_TRUE(std::isnan(d.pivot_max));
-        }
-    }
 }
 
 // size_Ks is the size of the sparse stiffness whether or not the run keeps it, and
@@ -213,8 +172,8 @@ TEST(StaticLinearFaults, SizeOfKsWithoutKeepingIt) {
     const double expected = MB * (4.0 * (4 + 18 + 7) + 8.0 * 7);
     for (const std::uint32_t mask : {64u, 16u | 64u, 0u}) {
         SCOPED_TRACE(mask);
-        springs m({1.0, 2.0, 3.0, 4.0}, 1);
-        m.loads(0).record_DOF_load(36, 1.0);
+        chain m({1.0, 2.0, 3.0, 4.0}, 4, true, 1);
+        m.load(0, 4, 1.0);
         solver s;
         s.settings.output_mask = mask;
         solver::data_type d(m.problem);
@@ -231,12 +190,12 @@ TEST(StaticLinearFaults, SizeOfKsWithoutKeepingIt) {
 TEST(StaticLinearFaults, StrainEnergyOfADisplacementDrivenModel) {
     for (const bool eliminated : {true, false}) {
         SCOPED_TRACE(eliminated ? "eliminated" : "kept");
-        springs m({100.0, 200.0}, 2);
-        m.loads(0).record_DOF_prescribed_value(18, 0.03);
+        chain m({100.0, 200.0}, 2, true, 2);
+        m.impose(0, 2, 0.03);
         if (eliminated)
-            m.loads(1).record_DOF_prescribed_value(18, 0.03);
+            m.impose(1, 2, 0.03);
         else
-            m.loads(1).record_DOF_load(9, 3.0);  // the tip is free here: u1 = u2 = 0.03
+            m.load(1, 1, 3.0);  // the tip is free here: u1 = u2 = 0.03
         solver s;
         s.settings.use_ALM = 0;
         s.settings.tol_CG = 1e-12;
