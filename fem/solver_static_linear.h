@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <new>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -75,6 +76,13 @@ inline bool all_finite(const double* x, std::size_t n) {
         if (!std::isfinite(x[i])) return false;
     return true;
 }
+
+// Whether a data record has a strain_energy member (the linear static record has;
+// the records of later runs need not).
+template <class D, class = void>
+struct has_strain_energy : std::false_type {};
+template <class D>
+struct has_strain_energy<D, std::void_t<decltype(std::declval<D&>().strain_energy)>> : std::true_type {};
 
 }  // namespace internal
 
