@@ -69,6 +69,16 @@ double load_average() {
     return l;
 }
 
+// A "Vm..." figure of /proc/self/status in MB, -1 when unknown.
+double proc_status_MB(const char* key) {
+    std::ifstream f("/proc/self/status");
+    std::string line;
+    const std::string k = std::string(key) + ":";
+    while (std::getline(f, line))
+        if (line.compare(0, k.size(), k) == 0) return std::atof(line.c_str() + k.size()) / 1024.0;  // kB
+    return -1.0;
+}
+
 double median(std::vector<double> v) {
     if (v.empty()) return 0.0;
     std::sort(v.begin(), v.end());
@@ -139,8 +149,11 @@ struct cube_mesh {
 
 struct log_lines {
     std::vector<std::pair<unsigned, std::string>> lines;
+    std::vector<std::pair<double, double>> memory;  // VmRSS and VmHWM at each line, MB
     static void hook(void* p, unsigned level, const char* text) {
-        static_cast<log_lines*>(p)->lines.emplace_back(level, text ? text : "");
+        log_lines* l = static_cast<log_lines*>(p);
+        l->lines.emplace_back(level, text ? text : "");
+        l->memory.emplace_back(proc_status_MB("VmRSS"), proc_status_MB("VmHWM"));
     }
 };
 
@@ -154,6 +167,8 @@ struct our_result {
     double cpu_run = 0;     // processor time of the run() call, all threads
     std::uint32_t nbr_free_DOFs = 0;
     double size_Kf = 0, energy = 0, pivot_min = 0, pivot_max = 0;
+    double size_total = 0, size_spare = 0;       // the run's own figures
+    double hwm_before = 0, hwm_after = 0, rss_before = 0;  // the process's, MB
     std::vector<double> U;  // 3 per node, clamped nodes 0
     log_lines log;
 };
@@ -200,8 +215,11 @@ our_result run_ours(const cube_mesh& m, unsigned threads) {
     solver.settings.pass_thru = &r.log;
     fem::solver_static_linear::data_type data(problem);
     const double c1 = process_cpu();
+    r.hwm_before = proc_status_MB("VmHWM");
+    r.rss_before = proc_status_MB("VmRSS");
     const double t1 = now();
     solver.run(data);
+    r.hwm_after = proc_status_MB("VmHWM");
     r.wall_run = now() - t1;
     r.cpu_run = process_cpu() - c1;
 
@@ -213,6 +231,8 @@ our_result run_ours(const cube_mesh& m, unsigned threads) {
     r.time_total = data.time_total;
     r.nbr_free_DOFs = data.nbr_free_DOFs;
     r.size_Kf = data.size_Kf;
+    r.size_total = data.size_total;
+    r.size_spare = data.size_spare;
     r.pivot_min = data.pivot_min;
     r.pivot_max = data.pivot_max;
     if (data.energy.size() > 0) r.energy = data.energy[0];
@@ -396,14 +416,17 @@ int main(int argc, char** argv) {
 
     // Our side, reps times from scratch.
     std::vector<double> tn, ta, tf, tr, ts, tt, ws, wr, cr;
-    our_result ours;
+    our_result ours, first;
     for (unsigned rep = 0; rep < o.reps; ++rep) {
         our_result r = run_ours(m, o.threads);
+        if (rep == 0) first = r;
         if (rep == 0 && !o.quiet) {
             for (const auto& l : r.log.lines)
                 if (l.first <= 2 && l.second.find_first_not_of(" \r\n") != std::string::npos)
-                    std::printf("  [%u] %s%s", l.first, l.second.c_str(),
-                                              (!l.second.empty() && l.second.back() == '\n') ? "" : "\n");
+                    std::printf("  [%u] (RSS %7.1f MB, HWM %7.1f MB) %s%s", l.first,
+                                r.log.memory[std::size_t(&l - r.log.lines.data())].first,
+                                r.log.memory[std::size_t(&l - r.log.lines.data())].second, l.second.c_str(),
+                                (!l.second.empty() && l.second.back() == '\n') ? "" : "\n");
         }
         if (!r.ok) {
             ours = std::move(r);
@@ -421,6 +444,12 @@ int main(int argc, char** argv) {
         ours = std::move(r);
     }
     if (ours.ok) {
+        // The high-water mark only grows: the first run of the process is the one that
+        // shows what a run adds on top of the set-up.
+        std::printf("ours memory (first run): sizes total %.1f MB + factor work %.1f MB = %.1f MB; VmRSS before "
+                    "%.1f MB, VmHWM before %.1f MB, after %.1f MB, peak growth over VmRSS %.1f MB\n",
+                    first.size_total, first.size_spare, first.size_total + first.size_spare, first.rss_before,
+                    first.hwm_before, first.hwm_after, first.hwm_after - first.rss_before);
         std::printf("ours: %u free DOFs, size Kf %.1f MB, pivots [%.3e, %.3e], energy %.9e\n",
                     ours.nbr_free_DOFs, ours.size_Kf, ours.pivot_min, ours.pivot_max, ours.energy);
         std::printf("ours (median of %zu): numbering %.3f s, assembly %.3f s, factor %.3f s, RHS %.3f s, "

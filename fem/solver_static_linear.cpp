@@ -14,74 +14,6 @@ namespace core {
 const solver_identity static_linear_identity = {"solver_static_linear", "ORV FEM(R) - STATIC LINEAR",
                                                 "fem/solver_static_linear", 199};
 
-namespace internal {
-
-void build_sparse_pattern(const dense1D<unsigned int, 8>& ptr, const dense1D<unsigned int, 8>& ids,
-                          const DOF_index& index, symmetric_sparse<double>& out) {
-    const std::size_t n = index.size();
-    std::vector<std::vector<unsigned int>> rows(n);
-    for (std::size_t r = 0; r < n; ++r) rows[r].push_back(static_cast<unsigned int>(r));
-    std::vector<unsigned int> positions;
-    const std::size_t groups = ptr.size() ? ptr.size() - 1 : 0;
-    for (std::size_t g = 0; g < groups; ++g) {
-        positions.clear();
-        for (std::size_t k = ptr[g]; k < ptr[g + 1] && k < ids.size(); ++k) {
-            const std::uint32_t p = index.find(ids[k]);
-            if (p != DOF_index::npos) positions.push_back(p);
-        }
-        for (const unsigned int a : positions)
-            for (const unsigned int b : positions)
-                if (a < b) rows[a].push_back(b);
-    }
-    dense1D<unsigned int, 8> pointers, columns;
-    std::size_t total = 0;
-    for (auto& row : rows) {
-        std::sort(row.begin(), row.end());
-        row.erase(std::unique(row.begin(), row.end()), row.end());
-        total += row.size();
-    }
-    if (!pointers.reserve(n + 1) || !columns.reserve(total)) throw std::bad_alloc();
-    pointers.push_back(0u);
-    for (const auto& row : rows) {
-        for (const unsigned int c : row) columns.push_back(c);
-        pointers.push_back(static_cast<unsigned int>(columns.size()));
-    }
-    if (!out.init(pointers, columns, 0.0)) throw std::bad_alloc();
-}
-
-bool invert_small(std::vector<double>& a, std::size_t n) {
-    std::vector<double> inv(n * n, 0.0);
-    for (std::size_t i = 0; i < n; ++i) inv[i + i * n] = 1.0;
-    for (std::size_t k = 0; k < n; ++k) {
-        std::size_t p = k;
-        for (std::size_t i = k + 1; i < n; ++i)
-            if (std::fabs(a[i + k * n]) > std::fabs(a[p + k * n])) p = i;
-        const double pivot = a[p + k * n];
-        if (!(std::fabs(pivot) > 0.0) || !std::isfinite(pivot)) return false;
-        if (p != k)
-            for (std::size_t j = 0; j < n; ++j) {
-                std::swap(a[k + j * n], a[p + j * n]);
-                std::swap(inv[k + j * n], inv[p + j * n]);
-            }
-        for (std::size_t j = 0; j < n; ++j) {
-            a[k + j * n] /= pivot;
-            inv[k + j * n] /= pivot;
-        }
-        for (std::size_t i = 0; i < n; ++i) {
-            if (i == k) continue;
-            const double f = a[i + k * n];
-            if (f == 0.0) continue;
-            for (std::size_t j = 0; j < n; ++j) {
-                a[i + j * n] -= f * a[k + j * n];
-                inv[i + j * n] -= f * inv[k + j * n];
-            }
-        }
-    }
-    a.swap(inv);
-    return true;
-}
-
-}  // namespace internal
 
 namespace {
 
@@ -115,6 +47,7 @@ void solver_static_linear::data_type::clear_data_out() {
     energy = dense1D<double>();
     spare_counts = dense1D<unsigned int>();
     spare_counter = 0;
+    strain_energy = dense1D<double>();
     pivot_min = pivot_max = 0.0;
     bad_pivot_DOF = 0xFFFFFFFFu;
     size_RHS = size_Ks = size_Kf = size_U = size_spare = size_total = 0.0;

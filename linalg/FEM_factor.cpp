@@ -145,6 +145,7 @@ int read_factor(engine_type& f, const char* file) {
     if (rc == -200) return -199;
     if (rc) return rc;
     f.matrix() = m;
+    f.matrix().mark_factored();  // a file of factors: save writes a factored matrix
     f.set_IDs(ids);
     return 0;
 }

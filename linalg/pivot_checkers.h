@@ -238,5 +238,66 @@ public:
     }
 };
 
+// How a pivot range is judged after a factorisation.
+struct pivot_policy {
+    // Test on magnitudes (a definite matrix of any sign) instead of signs.
+    bool definite = false;
+    // A bad sign (a pivot that was replaced) is only the warning -11.
+    bool forcing = false;
+    // A range with a non-finite end names the row of the largest pivot; otherwise the
+    // row of the first rejected pivot.
+    bool non_finite_at_max = false;
+};
+
+// The verdict on a pivot range: codes 0, -107 (error) and -11 (warning), the position
+// of the pivot at fault (~0 for none) and the range as it is to be reported.
+struct pivot_verdict {
+    int error = 0;
+    int warning = 0;
+    std::size_t position = ~std::size_t(0);
+    double pivot_min = 0.0;
+    double pivot_max = 0.0;
+};
+
+// Judges the range of `checker` after a factorisation of n rows that returned rc.
+// A code other than 0 and -107 is the factorisation's own and is returned as the error.
+// An end of the range that was never set takes the value of the other end, so the
+// range never shows the recorder's start values.
+template <class Checker>
+pivot_verdict judge_pivot_range(const Checker& checker, int rc, std::size_t n, const pivot_policy& policy) {
+    pivot_verdict v;
+    if (n == 0) return v;
+    const std::size_t none = ~std::size_t(0);
+    const bool lo_set = checker.first_position != none, hi_set = checker.second_position != none;
+    const double lo = lo_set ? checker.first : (hi_set ? checker.second : 0.0);
+    const double hi = hi_set ? checker.second : (lo_set ? checker.first : 0.0);
+    v.pivot_min = lo;
+    v.pivot_max = hi;
+    const std::size_t lo_row = lo_set ? checker.first_position : checker.second_position;
+    const std::size_t hi_row = hi_set ? checker.second_position : checker.first_position;
+    const std::size_t rejected = checker.first_rejected != none ? checker.first_rejected : lo_row;
+    if (rc != 0 && rc != -107) {
+        v.error = rc;
+        return v;
+    }
+    if (!std::isfinite(lo) || !std::isfinite(hi) || !(lo_set || hi_set)) {
+        v.error = -107;
+        v.position = policy.non_finite_at_max && hi_row != none ? hi_row : rejected;
+        return v;
+    }
+    const bool bad_sign = !policy.definite && !(lo > 0.0);
+    if ((bad_sign && !policy.forcing) || (rc != 0 && !policy.forcing)) {
+        v.error = -107;
+        v.position = rejected;
+        return v;
+    }
+    const bool small = policy.definite ? !(std::fabs(lo) > 1e-12 * std::fabs(hi)) : lo < 1e-12 * hi;
+    if (bad_sign || small) {
+        v.warning = -11;
+        v.position = lo_row;
+    }
+    return v;
+}
+
 }  // namespace core
 }  // namespace orv

@@ -3,11 +3,13 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <new>
 #include <vector>
 
 #include "linalg/dense_kernels.h"
+#include "linalg/parallel_first_error.h"
 
 namespace orv {
 namespace core {
@@ -498,16 +500,24 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
 // unit updates, squared, is not above the sum of the squares of the two apart.
 const std::size_t unit_rows = 384;
 
-void form_units(const symmetric_hybrid_OOC<double>& A, std::uint64_t w0, std::uint64_t w1,
-                std::vector<std::uint64_t>& starts) {
+// What a unit is told about each unit it forms: nothing.
+struct no_unit_callback {
+    void operator()(std::size_t, const std::vector<std::size_t>&) const {}
+};
+
+// The units of the blocks [w0, w1): starts receives the first block of each unit and
+// w1. blocks(b, extra) returns {own rows, last row} of block b and fills extra with
+// its extra columns, ascending. on_unit(rows, columns) is called for each unit with
+// its rows and the later columns it updates.
+template <class Blocks, class OnUnit = no_unit_callback>
+void form_units_of(const Blocks& blocks, std::uint64_t w0, std::uint64_t w1, std::vector<std::uint64_t>& starts,
+                   OnUnit&& on_unit = OnUnit()) {
     starts.clear();
     std::vector<std::size_t> ext, merged, own_ext;
     std::size_t rows = 0;
     for (std::uint64_t b = w0; b < w1; ++b) {
-        const block_type& blk = A.block(b);
-        const std::size_t bn = std::size_t(blk.n_own), bl = blk.last();
-        own_ext.clear();
-        for (std::size_t k = bn; k < blk.nbr_segments(); ++k) own_ext.push_back(std::size_t(blk.table()[k].column));
+        const std::pair<std::size_t, std::size_t> own = blocks(b, own_ext);
+        const std::size_t bn = own.first, bl = own.second;
         bool join = false;
         if (!starts.empty() && rows + bn <= unit_rows) {
             merged.clear();
@@ -520,12 +530,27 @@ void form_units(const symmetric_hybrid_OOC<double>& A, std::uint64_t w0, std::ui
             ext.swap(merged);
             rows += bn;
         } else {
+            if (!starts.empty()) on_unit(rows, ext);
             starts.push_back(b);
             ext = own_ext;
             rows = bn;
         }
     }
+    if (!starts.empty()) on_unit(rows, ext);
     starts.push_back(w1);
+}
+
+void form_units(const symmetric_hybrid_OOC<double>& A, std::uint64_t w0, std::uint64_t w1,
+                std::vector<std::uint64_t>& starts) {
+    form_units_of(
+        [&](std::uint64_t b, std::vector<std::size_t>& extra) {
+            const block_type& blk = A.block(b);
+            const std::size_t bn = std::size_t(blk.n_own);
+            extra.clear();
+            for (std::size_t k = bn; k < blk.nbr_segments(); ++k) extra.push_back(std::size_t(blk.table()[k].column));
+            return std::make_pair(bn, std::size_t(blk.last()));
+        },
+        w0, w1, starts);
 }
 
 }  // namespace
@@ -628,13 +653,10 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                         for (std::ptrdiff_t gi = std::ptrdiff_t(g0); gi < std::ptrdiff_t(g1); ++gi) {
                             if (st.error) continue;
                             const std::size_t u = lv[std::size_t(gi)];
-                            int r;
-                            try {
-                                r = block_work(st, units[u], units[u + 1], ws[std::size_t(omp_get_thread_num())],
-                                               inner);
-                            } catch (const std::bad_alloc&) {
-                                r = -199;
-                            }
+                            const int r = guarded([&] {
+                                return block_work(st, units[u], units[u + 1], ws[std::size_t(omp_get_thread_num())],
+                                                  inner);
+                            });
                             if (r) st.set_error(r);
                         }
                         g0 = g1;
@@ -699,6 +721,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block(const block_
 }
 
 double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     double energy = 0;
     for_each_block(true, [&](std::uint64_t, const block_type& blk) {
         forward_block(blk, y, &energy, true, n_threads);
@@ -708,6 +731,7 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, 
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward_only(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     for_each_block(true, [&](std::uint64_t, const block_type& blk) {
         forward_block(blk, y, nullptr, false, n_threads);
         return 0;
@@ -715,6 +739,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward_only(double* 
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* y) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     for_each_block(true, [&](std::uint64_t, const block_type& blk) {
         const std::size_t n = std::size_t(blk.n_own), f = blk.first();
         const double* dinv = blk.diag();
@@ -724,6 +749,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* y) c
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     const std::uint64_t nb = nbr_blocks();
     if (n_threads < 2 || nb < 2 || profile() < 16385 || !all_incore()) {
         for_each_block(false, [&](std::uint64_t, const block_type& blk) {
@@ -752,6 +778,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, i
 }
 
 double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* y, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     const double e = solve_forward(y, n_threads);
     solve_backward(y, n_threads);
     return e;
@@ -760,6 +787,7 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* y, int n_th
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, std::size_t ldy,
                                                                     std::size_t n_columns, int n_threads,
                                                                     double* energies) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     if (n_columns == 0) return;
     if (energies)
         for (std::size_t j = 0; j < n_columns; ++j) energies[j] = 0;
@@ -787,11 +815,13 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, st
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* Y, std::size_t ldy,
                                                                      std::size_t n_columns, int) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     for (std::size_t j = 0; j < n_columns; ++j) solve_diagonal(Y + j * ldy);
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, std::size_t ldy,
                                                                      std::size_t n_columns, int n_threads) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     if (n_columns == 0) return;
     const int t = int(std::min<std::size_t>(n_columns, std::size_t(std::max(n_threads, 1))));
     if (all_incore()) {
@@ -813,8 +843,59 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, s
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* Y, std::size_t ldy, std::size_t n_columns,
                                                             int n_threads, double* energies) const {
+    assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     solve_forward(Y, ldy, n_columns, n_threads, energies);
     solve_backward(Y, ldy, n_columns, n_threads);
+}
+
+std::uint64_t symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factor_work_bytes(const block_profile* profiles,
+                                                                             std::size_t n_blocks,
+                                                                             std::uint64_t profile, int n_threads) {
+    if (!profiles || n_blocks == 0) return 0;
+    const int T = std::max(n_threads, 1);
+    const bool parallel = T >= 2 && n_blocks >= 2 && profile > 128;
+    // A thread's arrays grow to the largest need of any unit and stay: each array is
+    // counted at its own largest size, in 8-byte entries.
+    std::uint64_t own = 0, extra = 0, panel = 0, targets = 0, rows = 0, columns = 0, tile = 0;
+    std::vector<std::uint64_t> starts;
+    form_units_of(
+        [&](std::uint64_t b, std::vector<std::size_t>& ext) {
+            const block_profile& p = profiles[b];
+            const std::size_t bn = std::size_t(p.last - p.first);
+            ext.clear();
+            for (std::size_t k = bn; k < p.segments.size(); ++k) ext.push_back(std::size_t(p.segments[k].column));
+            return std::make_pair(bn, std::size_t(p.last));
+        },
+        0, n_blocks, starts,
+        [&](std::size_t n_rows, const std::vector<std::size_t>& ext) {
+            const std::uint64_t n = n_rows, e = ext.size();
+            // Runs of the extra columns in the same target block.
+            std::uint64_t m = 0;
+            std::size_t block_end = 0;
+            for (const std::size_t c : ext) {
+                if (m && c < block_end) continue;
+                const block_profile* q = std::upper_bound(profiles, profiles + n_blocks, c,
+                                                          [](std::size_t v, const block_profile& bp) {
+                                                              return v < std::size_t(bp.last);
+                                                          });
+                block_end = q < profiles + n_blocks ? std::size_t(q->last) : ~std::size_t(0);
+                ++m;
+            }
+            const std::uint64_t tw = std::min<std::uint64_t>(e, tile_width);
+            own = std::max(own, n * n);
+            extra = std::max(extra, n * e);
+            panel = std::max(panel, n * std::min<std::uint64_t>(n, panel_width));
+            targets = std::max(targets, e * m);
+            rows = std::max(rows, n);
+            columns = std::max(columns, e);
+            tile = std::max(tile, n * tw + max_pending * tw * tw);
+        });
+    // Own columns: the dense triangle, the panel product and six lists of rows; extra
+    // columns: the dense columns, the target pointers and eight lists of columns; one
+    // tile of products with its pending pieces for each thread of a nested region.
+    const std::uint64_t per_thread = 8 * (own + extra + panel + targets + 6 * rows + 8 * columns + tile);
+    return parallel ? per_thread * std::uint64_t(T) + 8 * tile * std::uint64_t(T) * std::uint64_t(T - 1)
+                    : per_thread;
 }
 
 }  // namespace core

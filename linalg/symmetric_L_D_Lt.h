@@ -59,6 +59,12 @@ public:
     bool factored() const noexcept { return factored_; }
     // Marks the values as an assembled matrix again (after a refill of the proxy).
     void set_unfactored() noexcept { factored_ = false; }
+    // Marks the values as factors: they were read back from a file of factors.
+    void mark_factored() noexcept { factored_ = true; }
+
+    // The solves need the factors: calling them on an unfactored matrix is a fault of
+    // the caller, asserted in debug builds (runs test factored() where a host supplies
+    // the matrix).
 
     // Forward sweep with the diagonal: y := D^-1 U^-T y, in place. Returns
     // sum(z_i^2 / D_i) with z = U^-T y, which is y^T A^-1 y.
@@ -84,6 +90,12 @@ public:
         if (Y.rows() >= dimension() && Y.cols()) solve(Y.col(0), Y.ld(), Y.cols(), n_threads, energies);
     }
 
+    // Bytes of the work arrays that factorize holds (and frees when it returns) for a
+    // matrix of these block profiles on n_threads threads: the per-thread dense copies
+    // of the largest unit of consecutive blocks factored together.
+    static std::uint64_t factor_work_bytes(const block_profile* profiles, std::size_t n_blocks,
+                                           std::uint64_t profile, int n_threads);
+
     // Floating-point operations of the last factorisation (multiply and add counted
     // apart), as carried out by the kernels.
     double last_flops() const noexcept { return flops_; }
@@ -99,6 +111,13 @@ private:
 
 typedef symmetric_L_D_Lt<symmetric_hybrid_OOC<double>> skyline_factor;
 
+// Where an error is reported from: the caller's source path and line, for the text
+// "File = %s, Line #%d." of its run.
+struct error_site {
+    const char* file = nullptr;
+    int line = 0;
+};
+
 // Outcome of a factorisation for a run, by the pivot range. Codes are only set when
 // none stands already: `error` 0 or -107 (or the factorisation's own code), `warning`
 // 0 or -11.
@@ -107,76 +126,64 @@ struct pivot_outcome {
     int warning = 0;
     const char* error_text = nullptr;    // "Pivot error." with -107
     const char* warning_text = nullptr;  // "Pivot warning." with -11
-    const char* file = nullptr;          // source of the error location
+    const char* file = nullptr;          // the caller's site of the error
     int line = 0;
     std::uint32_t bad_pivot_DOF = ~0u;   // DOF ID of the pivot at fault
     double pivot_min = 0;
     double pivot_max = 0;
 };
 
-// Factorises A and judges the pivots. `definite` selects the test on magnitudes (the
-// definite kind) instead of signs (the positive kind). `ids[p]` is the DOF ID at
-// position p. Returns the resulting error (0 on success or warning).
+// Factorises A and judges the pivots under `policy` (judge_pivot_range). `ids[p]` is
+// the DOF ID at position p; `site` is the caller's location for the error text.
+// Returns the resulting error (0 on success or warning).
 template <class Checker>
-int factorize_with_outcome(skyline_factor& A, Checker& checker, bool definite, const std::uint32_t* ids,
-                           std::size_t cache_bytes, int n_threads, pivot_outcome& out) {
+int factorize_with_outcome(skyline_factor& A, Checker& checker, const pivot_policy& policy, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out, const error_site& site = {}) {
     const std::size_t n = A.dimension();
-    if (n == 0) {
-        out.pivot_min = out.pivot_max = 0;
-        return out.error;
-    }
-    const int rc = A.factorize(checker, cache_bytes, n_threads);
-    const double lo = checker.first, hi = checker.second;
-    out.pivot_min = lo;
-    out.pivot_max = hi;
-    auto id_at = [&](std::size_t pos) { return (ids && pos < n) ? ids[pos] : ~0u; };
-    if (rc != 0 && rc != -107) {
-        if (!out.error) out.error = rc;
-        return out.error;
-    }
-    bool ok;
-    if (!std::isfinite(lo) || !std::isfinite(hi))
-        ok = false;
-    else if (!definite)
-        ok = lo > 0;
-    else
-        ok = true;
-    if (ok && rc == 0) {
-        const bool good = definite ? std::fabs(lo) > 1e-12 * std::fabs(hi) : lo >= 1e-12 * hi;
-        if (!good && !out.error && !out.warning) {
-            out.warning = -11;
-            out.warning_text = "Pivot warning.";
-            out.bad_pivot_DOF = id_at(checker.first_position);
+    const int rc = n ? A.factorize(checker, cache_bytes, n_threads) : 0;
+    const pivot_verdict v = judge_pivot_range(checker, rc, n, policy);
+    out.pivot_min = v.pivot_min;
+    out.pivot_max = v.pivot_max;
+    const std::uint32_t at = (ids && v.position < n) ? ids[v.position] : ~0u;
+    if (v.error && !out.error) {
+        out.error = v.error;
+        if (v.error == -107) {
+            out.error_text = "Pivot error.";
+            out.file = site.file;
+            out.line = site.line;
+            out.bad_pivot_DOF = at;
         }
-        return out.error;
-    }
-    if (!out.error) {
-        out.error = -107;
-        out.error_text = "Pivot error.";
-        out.file = "fem/solver_static_linear";
-        out.line = 525;
-        out.bad_pivot_DOF = id_at(checker.first_rejected != ~std::size_t(0) ? checker.first_rejected
-                                                                             : checker.first_position);
+    } else if (v.warning && !out.error && !out.warning) {
+        out.warning = v.warning;
+        out.warning_text = "Pivot warning.";
+        out.bad_pivot_DOF = at;
     }
     return out.error;
 }
 
-// The kind (definite or not) from the checker.
+// The kind (definite or not) from the checker; a bad pivot is an error.
+template <class Checker>
+int factorize_with_outcome(skyline_factor& A, Checker& c, bool definite, const std::uint32_t* ids,
+                           std::size_t cache_bytes, int n_threads, pivot_outcome& out, const error_site& site = {}) {
+    pivot_policy policy;
+    policy.definite = definite;
+    return factorize_with_outcome(A, c, policy, ids, cache_bytes, n_threads, out, site);
+}
 template <class Checker>
 int factorize_with_outcome(skyline_factor& A, Checker& c, const std::uint32_t* ids, std::size_t cache_bytes,
-                           int n_threads, pivot_outcome& out) {
-    return factorize_with_outcome(A, c, Checker::definite_kind, ids, cache_bytes, n_threads, out);
+                           int n_threads, pivot_outcome& out, const error_site& site = {}) {
+    return factorize_with_outcome(A, c, Checker::definite_kind, ids, cache_bytes, n_threads, out, site);
 }
 
 // The same on the factor of an indexed matrix: the DOF IDs come from its numbering,
 // the kind from the checker.
 template <class I, class Checker>
 int factorize_with_outcome(indexed_sym<I, skyline_factor>& A, Checker& checker, std::size_t cache_bytes,
-                           int n_threads, pivot_outcome& out) {
+                           int n_threads, pivot_outcome& out, const error_site& site = {}) {
     const Ptr<I>& ids = A.get_IDs();
     const bool usable = ids && ids->size() >= A.dimension();
     return factorize_with_outcome(static_cast<skyline_factor&>(A), checker, Checker::definite_kind,
-                                  usable ? ids->data() : nullptr, cache_bytes, n_threads, out);
+                                  usable ? ids->data() : nullptr, cache_bytes, n_threads, out, site);
 }
 
 }  // namespace core

@@ -2,6 +2,7 @@
 // assembled into it and the LDLt factorisation works on it in place.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -69,6 +70,17 @@ public:
     std::uint64_t nbr_segments() const noexcept { return proxy_ ? proxy_->nbr_segments : 0; }
     std::uint64_t max_extra_segments() const noexcept { return proxy_ ? proxy_->max_extra_segments : 0; }
     std::uint64_t total_bytes() const noexcept { return proxy_ ? proxy_->total_bytes : 0; }
+    // Size in MB of a matrix of this layout with the given totals: its header, the row
+    // and block maps, one block record and 16 bytes of segment record per segment,
+    // and the values. 2^44 when the profile reaches the size lines' limit (2^61 - 1).
+    static double layout_MB(std::uint64_t rows, std::uint64_t blocks, std::uint64_t segments,
+                            std::uint64_t profile) noexcept {
+        if (rows == 0) return 0.0;
+        if (profile >= 0x1FFFFFFFFFFFFFFFull) return 17592186044416.0;
+        return (56.0 + 4.0 * double(rows + blocks) + 56.0 * double(blocks) + 16.0 * double(segments) +
+                8.0 * double(profile)) / 1048576.0;
+    }
+    double layout_MB() const noexcept { return layout_MB(dimension(), nbr_blocks(), nbr_segments(), profile()); }
     bool all_incore() const noexcept { return !proxy_ || proxy_->all_resident(); }
     const Ptr<proxy_type>& proxy() const noexcept { return proxy_; }
     // Block holding row r.
@@ -83,8 +95,15 @@ public:
     // Returns 0 or -200.
     int window(std::uint64_t b, bool forward, std::uint64_t& w0, std::uint64_t& w1);
     // Resident block b; only valid inside the current window.
-    block_type& block(std::uint64_t b) noexcept { return proxy_->block(b); }
-    const block_type& block(std::uint64_t b) const noexcept { return proxy_->block(b); }
+    // Block b, which must exist (window() is the checked way to reach a block).
+    block_type& block(std::uint64_t b) noexcept {
+        assert(proxy_ && b < proxy_->n_blocks && "no such block");
+        return proxy_->block(b);
+    }
+    const block_type& block(std::uint64_t b) const noexcept {
+        assert(proxy_ && b < proxy_->n_blocks && "no such block");
+        return proxy_->block(b);
+    }
 
     // Visits the blocks in ascending (forward) or descending order, each made
     // resident before f(b, block) is called. f returns 0 to go on; a non-zero value

@@ -13,6 +13,7 @@
 #include <orv/fem/numerical_model_base.h>
 
 #include "frame/context_type.h"
+#include "linalg/parallel_first_error.h"
 #include "model/element_workspace.h"
 #include "model/internal_states.h"
 #include "model/matrix_assembler.h"
@@ -447,27 +448,15 @@ int numerical_model_base::__assemble(int kind, unsigned matrix_code, const eleme
     auto compute = [&](element_workspace& ws, std::uint32_t e) -> int {
         ws.element_ID = e;
         ws.reset();
-        try {
+        return guarded([&] {
             switch (kind) {
                 case 0: return compute_matrix(matrix_code, ws);
                 case 1: return compute_load(*record, ws);
                 default: return compute_projection(field, component, true, ws);
             }
-        } catch (const std::bad_alloc&) {
-            return -199;
-        } catch (...) {
-            return -200;
-        }
+        });
     };
-    auto add = [&](element_workspace& ws) -> int {
-        try {
-            return add_element(*this, ws, args, kind);
-        } catch (const std::bad_alloc&) {
-            return -199;
-        } catch (...) {
-            return -200;
-        }
-    };
+    auto add = [&](element_workspace& ws) -> int { return guarded([&] { return add_element(*this, ws, args, kind); }); };
 
     int first_error = 0;
     const int nbr_threads = static_cast<int>(args.params.nbr_threads);

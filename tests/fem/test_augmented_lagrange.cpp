@@ -41,8 +41,9 @@ struct alm_case {
     skyline_factor factor;
     std::vector<unsigned> pos;
     prescribed_values c;
-    std::vector<double> F_ext, F, work, solution, L, states, u;
-    augmented_lagrange_settings<prescribed_values> settings;
+    std::vector<double> F_ext, F, u;
+    augmented_lagrange_solver<prescribed_values> alm;
+    augmented_lagrange_solver<prescribed_values>::settings_type& settings = alm.settings;
     alm_case() {
         // DOF 3 held at 0.25 and DOF 7 at -0.5 by penalties of 1e4.
         const unsigned d[2] = {3, 7};
@@ -55,20 +56,16 @@ struct alm_case {
         for (std::size_t i = 0; i < n; ++i) F_ext[i] = 0.1 * double(i + 1);
         F.assign(n, 0.0);
         for (std::size_t i = 0; i < n; ++i) F[pos[i]] = F_ext[i];
-        work.assign(n, 0.0);
-        solution.assign(n, 0.0);
         u.assign(n, 0.0);
-        L.assign(2, 0.0);
-        states.assign(6, 0.0);
-        settings.factor = &factor;
-        settings.constraints = &c;
         settings.tolerance_energy = 1e-12;
         settings.tolerance_constraint = 1e-10;
         settings.max_iterations = 20;
     }
     int run(const run_settings& rs, run_data& data, augmented_lagrange_result& r) {
-        return augmented_lagrange(settings, F.data(), work.data(), solution.data(), L.data(), states.data(), u.data(),
-                                  rs, data, r);
+        alm.set_operator(factor, c);
+        const int rc = alm.solve(F.data(), u.data(), rs, data);
+        r = alm.result();
+        return rc;
     }
 };
 

@@ -32,9 +32,10 @@ struct cg_case {
     dense_sym K0 = spring_chain(n), K = spring_chain(n);
     skyline_factor M;
     std::vector<unsigned> pos;
-    std::vector<double> F, g, w, z, p, x;
+    std::vector<double> F, g, x;
     dense_operator op;
-    conj_gradient_settings<dense_operator> settings;
+    conj_gradient_solver<dense_operator> cg;
+    conj_gradient_solver<dense_operator>::settings_type& settings = cg.settings;
     cg_case() {
         // Two parts that the factor does not hold: a spring between DOFs 2 and 9 and
         // a ground spring at DOF 5. The preconditioned operator is the identity plus
@@ -46,18 +47,18 @@ struct cg_case {
         for (std::size_t i = 0; i < n; ++i) F[i] = std::sin(1.0 + double(i));
         g.assign(n, 0.0);
         for (std::size_t i = 0; i < n; ++i) g[pos[i]] = F[i];
-        w.assign(n, 0.0);
-        z.assign(n, 0.0);
-        p.assign(n, 0.0);
         x.assign(n, 0.0);
         op.K = &K;
         op.pos = &pos;
-        settings.op = &op;
         settings.tolerance = 1e-10;
         settings.max_iterations = 50;
     }
-    int run(const run_settings& rs, run_data& data, conj_gradient_result& r) {
-        return conj_gradient(M, settings, g.data(), w.data(), z.data(), p.data(), x.data(), nullptr, 0, rs, data, r);
+    int run(const run_settings& rs, run_data& data, conj_gradient_result& r, const unsigned* fixed = nullptr,
+            std::size_t n_fixed = 0, omp_lock_t* lock = nullptr) {
+        cg.set_operator(op, M, fixed, n_fixed);
+        const int rc = cg.solve(g.data(), x.data(), rs, data, lock);
+        r = cg.result();
+        return rc;
     }
 };
 
@@ -147,9 +148,7 @@ TEST(ConjGradient, InterruptIsAWarning) {
     conj_gradient_result r;
     omp_lock_t lock;
     omp_init_lock(&lock);
-    EXPECT_EQ(conj_gradient(c.M, c.settings, c.g.data(), c.w.data(), c.z.data(), c.p.data(), c.x.data(), nullptr, 0,
-                            rs, data, r, &lock),
-              -10);
+    EXPECT_EQ(c.run(rs, data, r, nullptr, 0, &lock), -10);
     omp_destroy_lock(&lock);
     EXPECT_EQ(asked, 1);
     EXPECT_EQ(data.error_code, 0);
@@ -167,10 +166,8 @@ TEST(ConjGradient, FixedRowsAreZeroedInEveryProduct) {
     run_settings rs;
     run_data data;
     conj_gradient_result r;
-    EXPECT_EQ(conj_gradient(c.M, c.settings, c.g.data(), c.w.data(), c.z.data(), c.p.data(), c.x.data(), &fixed, 1,
-                            rs, data, r),
-              -109);
+    EXPECT_EQ(c.run(rs, data, r, &fixed, 1), -109);
     EXPECT_EQ(c.g[fixed], -c.F[9]);
     EXPECT_NE(c.g[c.pos[8]], -c.F[8]);
-    EXPECT_EQ(c.w[fixed], 0.0);
+    EXPECT_EQ(c.cg.last_product()[fixed], 0.0);
 }

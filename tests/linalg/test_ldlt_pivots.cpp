@@ -87,10 +87,11 @@ TEST(LdltPivots, ZeroPivotStopsCheckPositive) {
     skyline_factor G = small_matrix(1.0);
     pivot_check_positive<dummy_verboser> c2;
     pivot_outcome out;
-    EXPECT_EQ(factorize_with_outcome(G, c2, ids, 0x100000, 1, out), orv::fem::error_pivot);
+    EXPECT_EQ(factorize_with_outcome(G, c2, ids, 0x100000, 1, out, {"caller/source", 12}), orv::fem::error_pivot);
     EXPECT_EQ(out.error, orv::fem::error_pivot);
     EXPECT_STREQ(out.error_text, "Pivot error.");
-    EXPECT_STREQ(out.file, "fem/solver_static_linear");
+    EXPECT_STREQ(out.file, "caller/source");
+    EXPECT_EQ(out.line, 12);
     EXPECT_EQ(out.bad_pivot_DOF, 91u);
 }
 

@@ -69,7 +69,10 @@ public:
         std::uint32_t nbr_eliminated_DOFs = 0;
         // Rows of F and U.
         std::uint32_t nbr_total_DOFs = 0;
-        // Elastic energy of each load case.
+        // Energy of each load case as the run reports it: half the work of the applied
+        // loads, 1/2 U . F over all rows of F (the reactions at imposed DOFs do no work
+        // here, so a model driven only by imposed values reports 0). For a case with a
+        // stress manager, the elastic energy summed over the elements instead.
         dense1D<double> energy;
         // Cleared by each run; filled by no step of this run (later runs may use them).
         dense1D<unsigned int> spare_counts;
@@ -84,6 +87,8 @@ public:
         double size_Ks = 0.0;
         double size_Kf = 0.0;
         double size_U = 0.0;
+        // Work arrays of the factorisation of Kf (held while it runs); the size gate
+        // counts them on top of size_total when Kf is factored.
         double size_spare = 0.0;
         double size_total = 0.0;
         // The out-of-core manager opened at least one file during the run.
@@ -96,6 +101,10 @@ public:
         double time_factor = 0.0;
         double time_solve = 0.0;
         double time_total = 0.0;
+        // Strain energy of each load case, 1/2 U^T K U over the whole model with the
+        // imposed DOFs included, K being the stiffness of the models without penalty
+        // terms: the energy stored by a model driven by imposed displacements.
+        dense1D<double> strain_energy;
 
         data_type() = default;
         // Shares the problem; every output default-constructed.

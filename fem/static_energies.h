@@ -1,0 +1,83 @@
+// Energies and the per-case report of the linear static run.
+#pragma once
+
+#include "fem/solver_static_linear.h"
+
+namespace orv {
+namespace core {
+
+// energy: half the work of the applied loads, 1/2 U . F, or for a case with stresses
+// the element energies of the models. strain_energy: 1/2 U^T K U over the total index
+// with the stiffness of the models without penalties, imposed DOFs included.
+template <class Types, class Settings, class Data>
+void solver_static_linear<Types, Settings, Data>::compute_energies(Data& data) {
+    const std::size_t n_total = total_IDs_->size();
+    const unsigned threads = this->nbr_threads();
+    std::vector<double> Ku(internal::has_strain_energy<Data>::value ? n_total : 0);
+    for (std::size_t c = 0; c < nbr_cases_; ++c) {
+        dense1D<double, 8> u, f;
+        if (U_->dense().get_col(c, u) || F_->dense().get_col(c, f)) continue;
+        double e = 0.0;
+        for (std::size_t i = 0; i < n_total; ++i) e += u[i] * f[i];
+        e *= 0.5;
+        DOF_vector Uc(total_IDs_, u);
+        const stress_super_mgr* stresses = problem_->get_stresses(c);
+        if (stresses && !stresses->empty()) {
+            matrix_null_assembler none;
+            vector_null_assembler no_vector;
+            assembly_args args;
+            args.params = params_;
+            args.matrix_assembler = &none;
+            args.vector_assembler = &no_vector;
+            args.U = &Uc;
+            args.pos = &problem_->get_pos();
+            args.stresses = stresses;
+            const int rc = model_->assemble_matrix(1, args);
+            if (rc) return this->set_error(data, rc, "Solver error.", line_solver);
+            e = args.accumulators[0];
+        }
+        data.energy[c] = e;
+        if constexpr (internal::has_strain_energy<Data>::value) {
+            std::fill(Ku.begin(), Ku.end(), 0.0);
+            DOF_vector target(total_IDs_, external_view(Ku.data(), n_total));
+            const int rc = add_internal_forces(1, Uc, target, -1.0, stiffness_params(), threads);
+            if (rc) return this->set_error(data, rc, "Solver error.", line_solver);
+            data.strain_energy[c] = 0.5 * internal::cg_dot(n_total, u.data(), Ku.data());
+        }
+    }
+}
+
+template <class Types, class Settings, class Data>
+void solver_static_linear<Types, Settings, Data>::report_cases(Data& data) {
+    if (!settings().display_hook || !U_ || this->stop_requested(data)) return;
+    const std::size_t n = total_IDs_->size();
+    for (std::size_t c = 0; c < nbr_cases_; ++c) {
+        dense1D<double, 8> u;
+        if (U_->dense().get_col(c, u)) continue;
+        double dmax = 0.0, dmin = 0.0, rmax = 0.0, rmin = 0.0;
+        bool d_any = false, r_any = false;
+        for (std::size_t i = 0; i < n; ++i) {
+            const unsigned k = (*total_IDs_)[i] % 9;
+            const double v = u[i];
+            if (k < 3) {
+                dmax = d_any ? std::max(dmax, v) : v;
+                dmin = d_any ? std::min(dmin, v) : v;
+                d_any = true;
+            } else if (k < 6) {
+                rmax = r_any ? std::max(rmax, v) : v;
+                rmin = r_any ? std::min(rmin, v) : v;
+                r_any = true;
+            }
+        }
+        const int k = int(c);
+        this->log(3, "%3d ||U||                : %+E\n", k, internal::two_norm(u.data(), n));
+        this->log(3, "%3d max displacement     : %+E\n", k, dmax);
+        this->log(3, "%3d min displacement     : %+E\n", k, dmin);
+        this->log(3, "%3d max rotation         : %+E\n", k, rmax);
+        this->log(3, "%3d min rotation         : %+E\n", k, rmin);
+        this->log(3, "%3d elastic energy       : %+E\n", k, c < data.energy.size() ? data.energy[c] : 0.0);
+    }
+}
+
+}  // namespace core
+}  // namespace orv
