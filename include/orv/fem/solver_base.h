@@ -12,6 +12,15 @@ class solver_root;
 }
 namespace fem {
 
+// Bits of input_mask and output_mask, one per big object of a run.
+enum object_mask : std::uint32_t {
+    mask_F = 2,        // right-hand sides
+    mask_Ks = 16,      // sparse stiffness
+    mask_Kf = 32,      // block-skyline factor
+    mask_U = 64,       // solution, or static modes
+    mask_modes = 128   // dynamic or buckling modes
+};
+
 // Receives each log line; level 0 banners and total time, 1 step times and final
 // quantities, 2 numbering, sizes and pivots, 3 per load case and per iteration.
 using display_hook_type = void (*)(void* pass_thru, unsigned level, const char* text);
