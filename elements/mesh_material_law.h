@@ -20,6 +20,12 @@ public:
     int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
                 unsigned flags, const assembly_params& params) const override;
     bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+    void reset_states() override {
+        if (law_) law_->reset_states();
+    }
+    int copy_states(std::uint32_t from_step, std::uint32_t to_step) override {
+        return law_ ? law_->copy_states(from_step, to_step) : 0;
+    }
 
 private:
     Ptr<law_solid_stiff> law_;
@@ -34,6 +40,12 @@ public:
     int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
                 unsigned flags, const assembly_params& params) const override;
     bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+    void reset_states() override {
+        if (law_) law_->reset_states();
+    }
+    int copy_states(std::uint32_t from_step, std::uint32_t to_step) override {
+        return law_ ? law_->copy_states(from_step, to_step) : 0;
+    }
 
 private:
     Ptr<law_membrane_stiff> law_;
@@ -49,6 +61,12 @@ public:
     int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
                 unsigned flags, const assembly_params& params) const override;
     bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+    void reset_states() override {
+        if (law_) law_->reset_states();
+    }
+    int copy_states(std::uint32_t from_step, std::uint32_t to_step) override {
+        return law_ ? law_->copy_states(from_step, to_step) : 0;
+    }
 
 private:
     Ptr<law_1d> law_;
