@@ -127,6 +127,48 @@ void hardening_curve::eval(double p, double& y, double& h) const {
     }
 }
 
+bool hardening_curve::solve(double p_in, double r, double c, double& dp) const {
+    if (!valid_ || !(c > 0.0)) return false;
+    double y, h;
+    eval(p_in, y, h);
+    double a = 0.0, fa = r - y;
+    if (!(fa > 0.0)) {
+        dp = 0.0;
+        return fa == 0.0;
+    }
+    double b = fa / c;
+    eval(p_in + b, y, h);
+    double fb = r - c * b - y;
+    if (fb == 0.0) {
+        dp = b;
+        return true;
+    }
+    if (!(fb < 0.0)) return false;
+    int side = 0;
+    const double tolerance = 1e-13 * r;
+    for (unsigned round = 0; round < 200; ++round) {
+        const double x = (a * fb - b * fa) / (fb - fa);
+        eval(p_in + x, y, h);
+        const double fx = r - c * x - y;
+        if (std::fabs(fx) <= tolerance || b - a <= 1e-15 * b) {
+            dp = x;
+            return true;
+        }
+        if (fx > 0.0) {
+            a = x;
+            fa = fx;
+            if (side > 0) fb *= 0.5;
+            side = 1;
+        } else {
+            b = x;
+            fb = fx;
+            if (side < 0) fa *= 0.5;
+            side = -1;
+        }
+    }
+    return false;
+}
+
 // --- ep_state_map ----------------------------------------------------------------
 
 namespace {
@@ -299,6 +341,10 @@ bool scalar_return_map(double E, const hardening_curve& curve, double& s, double
         curve.eval(p_in + dp, y, h);
         converged = std::fabs(dp) * ep_tolerance >= std::fabs(d);
         if (converged) break;
+    }
+    if (!converged && h != ep_largest && curve.solve(p_in, a, E, dp)) {
+        curve.eval(p_in + dp, y, h);
+        converged = true;
     }
     if (!converged) return false;
     p = p_in + dp;

@@ -56,6 +56,12 @@ public:
     bool valid() const { return valid_; }
     // y and h at p (p is taken by absolute value).
     void eval(double p, double& y, double& h) const;
+    // The root dp of r - c dp - y(p_in + dp), c > 0, bracketed in [0, (r - y(p_in)) /
+    // c], by regula falsi with the Illinois correction. The return maps call it when
+    // their Newton on dp fails: near p = 0 the power curves' slope is unbounded and
+    // the chord slope that replaces it makes that Newton oscillate. False when the
+    // curve is not usable or no root was found.
+    bool solve(double p_in, double r, double c, double& dp) const;
 
 private:
     enum kind_type { kind_invalid, kind_linear, kind_power, kind_table };

@@ -41,6 +41,11 @@ bool law_solid_ep_iso_hardening::return_map(double G, const hardening_curve& cur
             flag = std::fabs(dp) * ep_tolerance >= std::fabs(d);
             if (flag) break;
         }
+        if (!flag && h != ep_largest && curve.solve(p_in, q, c, dp)) {
+            curve.eval(p_in + dp, y, h);
+            inv = 1.0 / (h + c);
+            flag = true;
+        }
         if (!flag) return false;
     } else if (!flag || h == ep_largest) {
         return true;  // elastic, D stays elastic
