@@ -59,6 +59,20 @@ public:
         (void)to_step;
         return 0;
     }
+    // The law's committed record of a point, for saving and restoring states:
+    // its size (0 without states), a copy (false and zeros when there is none), and
+    // storing one (0, or -199 on memory).
+    virtual unsigned state_record_size() const { return 0; }
+    virtual bool get_state(const material_point_key& key, double* record) const {
+        (void)key;
+        (void)record;
+        return false;
+    }
+    virtual int set_state(const material_point_key& key, const double* record) {
+        (void)key;
+        (void)record;
+        return 0;
+    }
 };
 
 }  // namespace core

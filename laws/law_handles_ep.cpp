@@ -53,6 +53,18 @@ error_type set_limits_of(Law* e, double max_strain, double max_stress) {
     return no_error;
 }
 
+// init of a piecewise linear law: the leading values, then the strains, then the
+// moduli. Tables that are empty or of different lengths keep nothing (-1).
+int init_table(law_base& law, dense1D<double> d, const dense1D<double>& strains, const dense1D<double>& moduli) {
+    if (!law.get_w()) return -1;
+    if (strains.empty() || strains.size() != moduli.size() || d.empty()) return law.init(dense1D<double>());
+    for (std::size_t i = 0; i < strains.size(); ++i)
+        if (!d.push_back(strains[i])) return error_memory;
+    for (std::size_t i = 0; i < moduli.size(); ++i)
+        if (!d.push_back(moduli[i])) return error_memory;
+    return law.init(d);
+}
+
 }  // namespace
 
 #define ORV_FEM_EP_LAW_HANDLE_IMPL(X, Base)                                     \
@@ -151,17 +163,38 @@ law_solid_ep_piecewise_linear::law_solid_ep_piecewise_linear(context& ctx, doubl
 
 int law_solid_ep_piecewise_linear::init(double E, double nu, double alpha, const dense1D<double>& strains,
                                         const dense1D<double>& moduli) {
-    if (!engine()) return core::law_bad_size;
-    dense1D<double> d = values({E, nu, alpha});
-    if (strains.empty() || strains.size() != moduli.size() || d.empty()) {
-        // Nothing is kept, as for any refused size.
-        return law_base::init(dense1D<double>());
-    }
-    for (std::size_t i = 0; i < strains.size(); ++i)
-        if (!d.push_back(strains[i])) return error_memory;
-    for (std::size_t i = 0; i < moduli.size(); ++i)
-        if (!d.push_back(moduli[i])) return error_memory;
-    return law_base::init(d);
+    return init_table(*this, values({E, nu, alpha}), strains, moduli);
+}
+
+int law_rod_ep_perfect::init(double E, double area, double alpha, double ET, double SY) {
+    return law_base::init(values({E, area, alpha, ET, SY}));
+}
+
+int law_rod_ep_power::init(double E, double area, double alpha, double SY, double a, double n) {
+    return law_base::init(values({E, area, alpha, SY, a, n}));
+}
+
+int law_rod_ep_RambergOsgood::init(double E, double area, double alpha, double SY, double a, double n) {
+    return law_base::init(values({E, area, alpha, SY, a, n}));
+}
+
+int law_rod_ep_piecewise_linear::init(double E, double area, double alpha, const dense1D<double>& strains,
+                                      const dense1D<double>& moduli) {
+    return init_table(*this, values({E, area, alpha}), strains, moduli);
+}
+
+int law_scalar_ep_perfect::init(double k, double ET, double SY) { return law_base::init(values({k, ET, SY})); }
+
+int law_scalar_ep_power::init(double k, double SY, double a, double n) {
+    return law_base::init(values({k, SY, a, n}));
+}
+
+int law_scalar_ep_RambergOsgood::init(double k, double SY, double a, double n) {
+    return law_base::init(values({k, SY, a, n}));
+}
+
+int law_scalar_ep_piecewise_linear::init(double k, const dense1D<double>& strains, const dense1D<double>& moduli) {
+    return init_table(*this, values({k}), strains, moduli);
 }
 
 }  // namespace fem

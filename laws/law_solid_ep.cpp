@@ -92,10 +92,15 @@ int law_solid_ep_iso_hardening::compute(const law_key& key, const strain_type& s
         D.fill(0.0);
         return law_bad_size;
     }
-    hardening_curve curve;
-    if (!get_hardening(data, curve)) return law_memory;
     const double E = data[0], nu = data[1];
     const double G = E / (2.0 * nu + 2.0);
+    if (!(E > 0.0) || !(G > 0.0)) {
+        // No material: the return needs a positive shear modulus.
+        D.fill(0.0);
+        return law_bad_size;
+    }
+    hardening_curve curve;
+    if (!get_hardening(data, curve)) return law_memory;
 
     stress_type initial = stress, trial = stress;
     for (unsigned i = 0; i < 6; ++i) {

@@ -185,6 +185,14 @@ TEST(EpRodScalar, BadDataAreRefusedOrStayElastic) {
     // A zero stiffness is no material: the evaluation fails.
     fem::law_scalar_ep_perfect zero(ctx, values({0.0, 0.0, 2.0}));
     EXPECT_EQ(eval(*zero.engine(), 0.05, 0).rc, -1);
+    // Tables by their two columns: strains then moduli after the leading values.
+    fem::law_rod_ep_piecewise_linear by_columns(ctx);
+    EXPECT_EQ(by_columns.init(200.0, 1.0, 0.0, values({0.01, 0.05}), values({200.0, 20.0, 5.0})), -1);
+    EXPECT_TRUE(by_columns.get_data().empty());
+    EXPECT_EQ(by_columns.init(200.0, 1.0, 0.0, values({0.01, 0.05}), values({200.0, 20.0})), 0);
+    const double expected[] = {200.0, 1.0, 0.0, 0.01, 0.05, 200.0, 20.0};
+    ASSERT_EQ(by_columns.get_data().size(), 7u);
+    for (int i = 0; i < 7; ++i) EXPECT_EQ(by_columns.get_data()[i], expected[i]);
     fem::law_scalar_ep_perfect none;
     EXPECT_EQ(none.set_limit_states(1.0, 1.0), fem::error_data);
     EXPECT_FALSE(none.curve_valid());

@@ -138,6 +138,14 @@ TEST(EpStates, SolidAdapterCommitsThroughTheLaw) {
     for (unsigned i = 0; i < 6; ++i) EXPECT_EQ(s[i], direct[i]);
     EXPECT_GT(law->plasticity(key_of(2, 0, 54)), 0.0);
     EXPECT_EQ(D[1], D[6]);
+    // Saving and restoring a record through the adapter.
+    ASSERT_EQ(adapter.state_record_size(), 13u);
+    std::vector<double> saved(13);
+    ASSERT_TRUE(adapter.get_state(key, saved.data()));
+    EXPECT_EQ(saved, record(*law, key_of(2, 0, 4)));
+    key.element = 9;
+    ASSERT_EQ(adapter.set_state(key, saved.data()), 0);
+    EXPECT_EQ(record(*law, key_of(9, 0, 4)), saved);
     ASSERT_EQ(adapter.copy_states(4, 5), 0);
     EXPECT_EQ(law->plasticity(key_of(2, 0, 5)), law->plasticity(key_of(2, 0, 4)));
     adapter.reset_states();

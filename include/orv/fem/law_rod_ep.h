@@ -48,18 +48,21 @@ protected:
 class law_rod_ep_perfect : public law_rod_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_rod_ep_perfect, core::law_rod_ep_perfect)
+    int init(double E, double area, double alpha, double ET, double SY);
 };
 
 // [3] SY, [4] a, [5] n, [6] reserved: 6 or 7 values, as law_solid_ep_power.
 class law_rod_ep_power : public law_rod_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_rod_ep_power, core::law_rod_ep_power)
+    int init(double E, double area, double alpha, double SY, double a, double n);
 };
 
 // [3] SY, [4] a, [5] n, [6] reserved: 6 or 7 values, as law_solid_ep_RambergOsgood.
 class law_rod_ep_RambergOsgood : public law_rod_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_rod_ep_RambergOsgood, core::law_rod_ep_RambergOsgood)
+    int init(double E, double area, double alpha, double SY, double a, double n);
 };
 
 // k strains then k tangent moduli after the first three values (3 + 2 k), as
@@ -67,6 +70,8 @@ public:
 class law_rod_ep_piecewise_linear : public law_rod_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_rod_ep_piecewise_linear, core::law_rod_ep_piecewise_linear)
+    // -1 when the two tables are empty or of different lengths.
+    int init(double E, double area, double alpha, const dense1D<double>& strains, const dense1D<double>& moduli);
 };
 
 // Root of the elasto-plastic scalar laws: [0] k, the elastic stiffness, then the
@@ -84,24 +89,29 @@ protected:
 class law_scalar_ep_perfect : public law_scalar_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_scalar_ep_perfect, core::law_scalar_ep_perfect)
+    int init(double k, double ET, double SY);
 };
 
 // k, SY, a, n.
 class law_scalar_ep_power : public law_scalar_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_scalar_ep_power, core::law_scalar_ep_power)
+    int init(double k, double SY, double a, double n);
 };
 
 // k, SY, a, n.
 class law_scalar_ep_RambergOsgood : public law_scalar_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_scalar_ep_RambergOsgood, core::law_scalar_ep_RambergOsgood)
+    int init(double k, double SY, double a, double n);
 };
 
 // k, then m strains and m tangent moduli (1 + 2 m).
 class law_scalar_ep_piecewise_linear : public law_scalar_ep {
 public:
     ORV_FEM_LAW_HANDLE(law_scalar_ep_piecewise_linear, core::law_scalar_ep_piecewise_linear)
+    // -1 when the two tables are empty or of different lengths.
+    int init(double k, const dense1D<double>& strains, const dense1D<double>& moduli);
 };
 
 #undef ORV_FEM_EP_1D_OPERATIONS
