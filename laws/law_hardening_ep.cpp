@@ -14,7 +14,7 @@ namespace core {
 void hardening_curve::set_invalid() {
     kind_ = kind_invalid;
     valid_ = false;
-    SY_ = H_ = C_ = k_ = 0.0;
+    SY_ = H_ = C_ = k_ = chord_ = 0.0;
     table_.clear();
 }
 
@@ -44,6 +44,7 @@ void hardening_curve::set_power(double E, double SY, double a, double n) {
     SY_ = SY;
     // With SY = 0 the constant tends to 0 (k < 1); the closed form would give 0 * inf.
     C_ = SY > 0.0 ? SY * std::pow(E / (a * SY), k_) : 0.0;
+    chord_ = (SY_ + C_ * std::pow(ep_small_p, k_)) / ep_small_p;
 }
 
 void hardening_curve::set_Ramberg_Osgood(double E, double SY, double a, double n) {
@@ -54,6 +55,7 @@ void hardening_curve::set_Ramberg_Osgood(double E, double SY, double a, double n
     k_ = 1.0 / n;
     SY_ = 0.0;
     C_ = std::pow(E / a, k_) * std::pow(SY, 1.0 - k_);
+    chord_ = C_ * std::pow(ep_small_p, k_) / ep_small_p;
 }
 
 bool hardening_curve::set_piecewise_linear(const double* strains, const double* moduli, std::size_t k) {
@@ -102,7 +104,7 @@ void hardening_curve::eval(double p, double& y, double& h) const {
         y = SY_ + C_ * pk;
         // The derivative is infinite at p = 0: below ep_small_p the slope is the
         // chord from 0 to ep_small_p of the curve, a safe start for the Newton.
-        h = p > ep_small_p ? k_ * C_ * pk / p : (SY_ + C_ * std::pow(ep_small_p, k_)) / ep_small_p;
+        h = p > ep_small_p ? k_ * C_ * pk / p : chord_;
         return;
     }
     case kind_table: {

@@ -70,6 +70,8 @@ private:
     kind_type kind_ = kind_invalid;
     bool valid_ = false;
     double SY_ = 0.0, H_ = 0.0, C_ = 0.0, k_ = 0.0;
+    // Power curves: the slope used at p <= ep_small_p, y(ep_small_p) / ep_small_p.
+    double chord_ = 0.0;
     // Rows (p, y, h): row 0 is (0, e_0 E_0, 0); h of row i is the slope of the
     // segment that ends at row i.
     std::vector<double> table_;
