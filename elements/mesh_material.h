@@ -49,6 +49,30 @@ public:
 
     // Whether the law keeps states per point.
     virtual bool has_states() const { return false; }
+    // Forgets the law's committed states.
+    virtual void reset_states() {}
+    // The law's states of step slot to_step become those of from_step (a step
+    // started from the last committed one, or a committed step rolled back). 0, or
+    // -199 on memory.
+    virtual int copy_states(std::uint32_t from_step, std::uint32_t to_step) {
+        (void)from_step;
+        (void)to_step;
+        return 0;
+    }
+    // The law's committed record of a point, for saving and restoring states:
+    // its size (0 without states), a copy (false and zeros when there is none), and
+    // storing one (0, or -199 on memory).
+    virtual unsigned state_record_size() const { return 0; }
+    virtual bool get_state(const material_point_key& key, double* record) const {
+        (void)key;
+        (void)record;
+        return false;
+    }
+    virtual int set_state(const material_point_key& key, const double* record) {
+        (void)key;
+        (void)record;
+        return 0;
+    }
 };
 
 }  // namespace core

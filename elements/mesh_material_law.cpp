@@ -8,14 +8,6 @@ namespace {
 // Room for the state values of a point.
 constexpr unsigned max_states = 64;
 
-law_key key_of(const material_point_key& key) {
-    law_key k;
-    k.element = key.element;
-    k.point = key.point;
-    k.step = key.step;
-    return k;
-}
-
 // The law's compute on N slots, from and to the kernel's plain arrays (D row-major).
 template <class Law>
 int compute_slots(const Law& law, const law_key& k, const double* strain, double* D, double* stress,
@@ -54,19 +46,19 @@ bool mesh_material_solid::material_frame(const double* position, double* Q) cons
 int mesh_material_solid::compute(const material_point_key& key, const double* strain, double* D, double* stress,
                                  double& energy, unsigned flags, const assembly_params&) const {
     if (!law_) return -1;
-    return compute_slots(*law_, key_of(key), strain, D, stress, energy, flags);
+    return compute_slots(*law_, law_key_of(key), strain, D, stress, energy, flags);
 }
 
 int mesh_material_membrane::compute(const material_point_key& key, const double* strain, double* D, double* stress,
                                     double& energy, unsigned flags, const assembly_params&) const {
     if (!law_) return -1;
-    return compute_slots(*law_, key_of(key), strain, D, stress, energy, flags);
+    return compute_slots(*law_, law_key_of(key), strain, D, stress, energy, flags);
 }
 
 int mesh_material_rod::compute(const material_point_key& key, const double* strain, double* D, double* stress,
                                double& energy, unsigned flags, const assembly_params&) const {
     if (!law_) return -1;
-    const law_key k = key_of(key);
+    const law_key k = law_key_of(key);
     double area = 0.0, alpha = 0.0, tangent = 0.0;
     int rc = law_->get_properties(k, area, alpha, tangent);
     if (rc < 0) return rc;

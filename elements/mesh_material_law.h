@@ -9,6 +9,15 @@
 namespace orv {
 namespace core {
 
+// The law's key of a point of the mesh kernels.
+inline law_key law_key_of(const material_point_key& key) {
+    law_key k;
+    k.element = key.element;
+    k.point = key.point;
+    k.step = key.step;
+    return k;
+}
+
 // A solid law on six strains (3-D solids, and the plane and axisymmetric physics,
 // which keep the six slots with their unused ones 0).
 class mesh_material_solid : public mesh_material {
@@ -20,6 +29,19 @@ public:
     int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
                 unsigned flags, const assembly_params& params) const override;
     bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+    void reset_states() override {
+        if (law_) law_->reset_states();
+    }
+    int copy_states(std::uint32_t from_step, std::uint32_t to_step) override {
+        return law_ ? law_->copy_states(from_step, to_step) : 0;
+    }
+    unsigned state_record_size() const override { return law_ ? law_->state_record_size() : 0; }
+    bool get_state(const material_point_key& key, double* record) const override {
+        return law_ && law_->get_state(law_key_of(key), record);
+    }
+    int set_state(const material_point_key& key, const double* record) override {
+        return law_ ? law_->set_state(law_key_of(key), record) : 0;
+    }
 
 private:
     Ptr<law_solid_stiff> law_;
@@ -34,6 +56,19 @@ public:
     int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
                 unsigned flags, const assembly_params& params) const override;
     bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+    void reset_states() override {
+        if (law_) law_->reset_states();
+    }
+    int copy_states(std::uint32_t from_step, std::uint32_t to_step) override {
+        return law_ ? law_->copy_states(from_step, to_step) : 0;
+    }
+    unsigned state_record_size() const override { return law_ ? law_->state_record_size() : 0; }
+    bool get_state(const material_point_key& key, double* record) const override {
+        return law_ && law_->get_state(law_key_of(key), record);
+    }
+    int set_state(const material_point_key& key, const double* record) override {
+        return law_ ? law_->set_state(law_key_of(key), record) : 0;
+    }
 
 private:
     Ptr<law_membrane_stiff> law_;
@@ -49,6 +84,19 @@ public:
     int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
                 unsigned flags, const assembly_params& params) const override;
     bool has_states() const override { return law_ && law_->nbr_states() > 0; }
+    void reset_states() override {
+        if (law_) law_->reset_states();
+    }
+    int copy_states(std::uint32_t from_step, std::uint32_t to_step) override {
+        return law_ ? law_->copy_states(from_step, to_step) : 0;
+    }
+    unsigned state_record_size() const override { return law_ ? law_->state_record_size() : 0; }
+    bool get_state(const material_point_key& key, double* record) const override {
+        return law_ && law_->get_state(law_key_of(key), record);
+    }
+    int set_state(const material_point_key& key, const double* record) override {
+        return law_ ? law_->set_state(law_key_of(key), record) : 0;
+    }
 
 private:
     Ptr<law_1d> law_;

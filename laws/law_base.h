@@ -101,6 +101,40 @@ public:
     // Number of state values a compute writes per point (0 for elastic laws).
     virtual unsigned nbr_states() const { return 0; }
 
+    // Committed states of the laws that keep them (elasto-plastic laws); laws
+    // without states answer with nothing to do. Records are per (element, point,
+    // step % 50).
+    // Removes every record.
+    virtual void reset_states() {}
+    // The records of step slot to_step become copies of those of from_step: a run
+    // starts a step from the last committed one, or rolls a committed step back.
+    // 0, or -199 on memory (nothing changed).
+    virtual int copy_states(std::uint32_t from_step, std::uint32_t to_step) {
+        (void)from_step;
+        (void)to_step;
+        return law_ok;
+    }
+    // Accumulated plastic strain |p| at a point (0 for a point with no record).
+    virtual double plasticity(const law_key& key) const {
+        (void)key;
+        return 0.0;
+    }
+    // Doubles of one record; 0 for laws without states.
+    virtual unsigned state_record_size() const { return 0; }
+    // Copies the record of key (state_record_size() values); false when there is
+    // none (zeros are written then).
+    virtual bool get_state(const law_key& key, double* record) const {
+        (void)key;
+        (void)record;
+        return false;
+    }
+    // Stores a record under key; 0, or -199 on memory.
+    virtual int set_state(const law_key& key, const double* record) {
+        (void)key;
+        (void)record;
+        return law_ok;
+    }
+
 protected:
     // True when every value is finite; replaces the others by 0.
     static bool make_finite(dense1D<double>& data);
