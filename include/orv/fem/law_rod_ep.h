@@ -4,7 +4,7 @@
 
 #include <orv/fem/law_base.h>
 
-#include "orvmath1/dense1D.h"
+#include <orvmath1/dense1D.h>
 
 namespace orv {
 namespace core {

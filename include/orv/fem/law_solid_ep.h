@@ -3,7 +3,7 @@
 
 #include <orv/fem/law_solid_stiff.h>
 
-#include "orvmath1/dense1D.h"
+#include <orvmath1/dense1D.h>
 
 namespace orv {
 namespace core {
