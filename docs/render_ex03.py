@@ -4,10 +4,11 @@
 The quarter ring under internal pressure, deformed by its displacements "U" (magnified),
 coloured by the radial displacement, over the outline of the undeformed ring.
 
-Run by hand, from the repository root, with Debian's VTK (apt-get install python3-vtk9;
-without a display, under xvfb-run):
+Run by hand, from the repository root, with Debian's VTK and, on a machine without a
+display, a virtual X server (apt-get install python3-vtk9 xvfb):
     ./build/ex03_gmsh_part examples/data/thick_ring.msh /tmp/thick_ring.vtu
-    /usr/bin/python3 docs/render_ex03.py /tmp/thick_ring.vtu docs/ex03_thick_ring.png
+    xvfb-run -a /usr/bin/python3 docs/render_ex03.py /tmp/thick_ring.vtu docs/ex03_thick_ring.png
+(/usr/bin/python3: the interpreter Debian's VTK is installed for.)
 """
 import sys
 
