@@ -26,6 +26,18 @@ def surface(source, subdivision=2):
     return f
 
 
+def line_actor(source, grey, width):
+    """An actor drawing the lines of `source` in one shade of grey."""
+    mapper = vtk.vtkPolyDataMapper()
+    mapper.SetInputConnection(source.GetOutputPort())
+    mapper.ScalarVisibilityOff()
+    actor = vtk.vtkActor()
+    actor.SetMapper(mapper)
+    actor.GetProperty().SetColor(grey, grey, grey)
+    actor.GetProperty().SetLineWidth(width)
+    return actor
+
+
 def main(vtu_path, png_path):
     reader = vtk.vtkXMLUnstructuredGridReader()
     reader.SetFileName(vtu_path)
@@ -65,12 +77,7 @@ def main(vtu_path, png_path):
     # the element edges on the deformed surface: the mesh Gmsh made
     edges = vtk.vtkExtractEdges()
     edges.SetInputConnection(deformed_faces.GetOutputPort())
-    edges_mapper = vtk.vtkPolyDataMapper()
-    edges_mapper.SetInputConnection(edges.GetOutputPort())
-    edges_mapper.ScalarVisibilityOff()
-    edges_actor = vtk.vtkActor()
-    edges_actor.SetMapper(edges_mapper)
-    edges_actor.GetProperty().SetColor(0.15, 0.15, 0.15)
+    edges_actor = line_actor(edges, 0.15, 1.0)
     edges_actor.GetProperty().SetOpacity(0.6)
 
     # the undeformed ring as a feature outline
@@ -81,13 +88,7 @@ def main(vtu_path, png_path):
     outline.NonManifoldEdgesOff()
     outline.FeatureEdgesOn()
     outline.SetFeatureAngle(30.0)
-    outline_mapper = vtk.vtkPolyDataMapper()
-    outline_mapper.SetInputConnection(outline.GetOutputPort())
-    outline_mapper.ScalarVisibilityOff()
-    outline_actor = vtk.vtkActor()
-    outline_actor.SetMapper(outline_mapper)
-    outline_actor.GetProperty().SetColor(0.0, 0.0, 0.0)
-    outline_actor.GetProperty().SetLineWidth(1.5)
+    outline_actor = line_actor(outline, 0.0, 1.5)
 
     bar = vtk.vtkScalarBarActor()
     bar.SetLookupTable(lut)
