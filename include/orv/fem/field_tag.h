@@ -5,8 +5,8 @@ namespace orv {
 namespace fem {
 
 enum field_tag : unsigned {
-    field_displacement = 16,  // DOF positions 0, 1, 2 of a node
-    field_rotation = 32,      // DOF positions 3, 4, 5
+    field_displacement = 16,  ///< DOF positions 0, 1, 2 of a node
+    field_rotation = 32,      ///< DOF positions 3, 4, 5
     field_temperature = 64    // DOF position 6
 };
 
