@@ -44,8 +44,10 @@ public:
 
     /// Forces. The list forms return -101 and record nothing when the lengths differ.
     error_type record_DOF_load(unsigned ID, double value, unsigned evol = 0xFFFFFFFFu);
+    /// Forces on a list of DOF IDs, one evolution function for all.
     error_type record_DOF_loads(const dense1D<unsigned>& IDs, const dense1D<double>& values,
                                 unsigned evol = 0xFFFFFFFFu);
+    /// Forces on a list of DOF IDs, one evolution function each.
     error_type record_DOF_loads(const dense1D<unsigned>& IDs, const dense1D<double>& values,
                                 const dense1D<unsigned>& evols);
     /// -101 when the ID of (node, tag, comp) is past 32 bits.
@@ -59,12 +61,18 @@ public:
 
     /// Prescribed values.
     error_type record_DOF_prescribed_value(unsigned ID, double value, unsigned evol = 0xFFFFFFFFu);
+    /// Prescribed values on a list of DOF IDs, one evolution function for all; -101
+    /// when the lengths differ.
     error_type record_DOF_prescribed_values(const dense1D<unsigned>& IDs,
                                             const dense1D<double>& values,
                                             unsigned evol = 0xFFFFFFFFu);
+    /// Prescribed values on a list of DOF IDs, one evolution function each; -101 when
+    /// the lengths differ.
     error_type record_DOF_prescribed_values(const dense1D<unsigned>& IDs,
                                             const dense1D<double>& values,
                                             const dense1D<unsigned>& evols);
+    /// Prescribed value of one component of a node's field; -101 when its ID is past
+    /// 32 bits.
     error_type record_nodal_prescribed_value(unsigned node, field_tag tag, unsigned comp,
                                              double value, unsigned evol = 0xFFFFFFFFu);
     /// All six: U on the node's displacements, R on its rotations. -101 for a node of
@@ -82,7 +90,9 @@ public:
 
     /// Room for records; false when the memory cannot be had.
     bool reserve_NM_Neumann_loads(std::size_t n);
+    /// Room for n nodal forces.
     bool reserve_node_Neumann_loads(std::size_t n);
+    /// Room for n prescribed values.
     bool reserve_node_Dirichlet_loads(std::size_t n);
     /// Empties every list.
     void clear();
@@ -94,12 +104,15 @@ public:
 
     /// Counts of the records.
     std::size_t nbr_node_Neumann_loads() const;
+    /// Number of prescribed-value records.
     std::size_t nbr_node_Dirichlet_loads() const;
     /// Distinct elementary load records, and (model, element) entries referring to them.
     std::size_t nbr_NM_loads() const;
+    /// Number of (model, element) entries referring to them.
     std::size_t nbr_NM_load_entries() const;
     /// Record i; -101 past the end.
     error_type get_node_Neumann_load(std::size_t i, DOF_record& record) const;
+    /// Prescribed-value record i; -101 past the end.
     error_type get_node_Dirichlet_load(std::size_t i, DOF_record& record) const;
 };
 

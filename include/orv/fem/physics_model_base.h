@@ -20,9 +20,10 @@ public:
 
     physics_model_base();
 
-    /// Coarse code of the physics (4000 solid, 9000 membrane, ...); 0 for an empty handle.
+    /// Coarse code of the physics (4000 solid, 9000 membrane, ...), and the code with
+    /// its kinematics (4300 for the finite solid); 0 for an empty handle.
     unsigned get_family_code() const;
-    /// The code with its kinematics (4300 for the finite solid); 0 for an empty handle.
+    /// The code of the physics with its kinematics.
     unsigned get_physics_code() const;
     /// The law the physics was made on; an empty handle for an empty physics.
     law_base get_material() const;

@@ -42,6 +42,7 @@ public:
     problem_data(const problem_data& src, const dense2D<double>& load_coeffs,
                  const dense2D<double>& stress_coeffs);
 
+    /// A new, empty problem on ctx: 0, -199 on memory.
     error_type create(context& ctx);
     /// Resets the problem, then (with a context) takes the model ID and a reference to
     /// DOFs, grows DOFs with fixed DOFs up to the columns of pos, brings pos to 3 rows
@@ -49,17 +50,23 @@ public:
     /// nbr_load_cases empty load and stress managers.
     void init(dense2D<double>& pos, DOFs_mgr& DOFs, unsigned NM_ID, std::size_t nbr_load_cases);
 
+    /// ID of the problem's numerical model; 0xFFFFFFFF for an empty handle.
     unsigned NM_ID() const;
+    /// The DOF table (shared).
     DOFs_mgr get_DOFs_mgr() const;
+    /// The node positions, 3 rows and one column per node (shared).
     dense2D<double> get_pos_matrix() const;
     /// With the shape rules of init.
     void set_pos_matrix(dense2D<double>& pos);
+    /// Number of load cases.
     unsigned nbr_load_cases() const;
     /// The manager of case i; an empty handle past the end.
     loads_mgr get_loads_mgr(std::size_t i) const;
+    /// The stress manager of case i; an empty handle past the end.
     stress_mgr get_stress_mgr(std::size_t i) const;
     /// Shares mgr as the manager of case i; an index past the end is ignored.
     void set_loads_mgr(std::size_t i, loads_mgr& mgr);
+    /// Shares mgr as the stress manager of case i; an index past the end is ignored.
     void set_stress_mgr(std::size_t i, stress_mgr& mgr);
 
     /// The problem names a model that exists in its context's registry.

@@ -25,7 +25,9 @@ namespace fem {
 class spectrum_combination : public base_class {
 public:
     ORV_FEM_HANDLE(spectrum_combination, core::spectrum_combination_engine)
+    /// An empty handle.
     spectrum_combination();
+    /// The correlation matrix of modes of these frequencies (Hz).
     symmetric_full<double> operator()(const dense1D<double>& frequencies) const;
 };
 
@@ -40,6 +42,7 @@ public:
     ORV_FEM_HANDLE(spectrum_combination_cqc, core::spectrum_combination_cqc_engine)
     /// No damping until init(): the modes are then uncorrelated unless equal.
     spectrum_combination_cqc();
+    /// init(damping_ratio).
     explicit spectrum_combination_cqc(const oneD_table& damping_ratio);
     /// Damping ratio as a function of the frequency in Hz; error_memory on failure.
     error_type init(const oneD_table& damping_ratio);
@@ -55,6 +58,7 @@ public:
 /// them into displacement scales.
 class solver_response_spectrum : public solver_base {
 public:
+    /// Settings of the run; reset() restores the defaults.
     struct settings_type {
         /// Columns of modal_results per mode: the number of response components. Above 0.
         std::uint32_t stride = 1;
@@ -63,10 +67,13 @@ public:
         ORV_FEM_SETTINGS_HOOKS
 
         settings_type() = default;
+        /// Every setting to its default, hooks included.
         void reset() { *this = settings_type(); }
+        /// The stride is above 0.
         bool valid() const { return stride > 0; }
     };
 
+    /// Inputs and results of one combination.
     struct data_type {
         /// Inputs. Modal frequencies in Hz, one per mode.
         dense1D<double> frequencies;
@@ -84,11 +91,16 @@ public:
         /// Outputs. The rows of modal_results; column d * stride + k holds the peaks
         /// of component k in direction d.
         dense2D<double> peaks;
+        /// Number of modes combined.
         std::uint32_t nbr_dynamic_modes = 0;
+        /// Number of correction pseudo modes added (one per direction, or 0).
         std::uint32_t nbr_static_modes = 0;
         ORV_FEM_DATA_ERRORS
+        /// Time of the checks of the shapes, in seconds.
         double time_numbering = 0.0;
+        /// Time of the combination, in seconds.
         double time_combination = 0.0;
+        /// Time of the whole run, in seconds.
         double time_total = 0.0;
 
         data_type() = default;
@@ -105,8 +117,11 @@ public:
     ORV_FEM_HANDLE(solver_response_spectrum, core::solver_root)
 
     solver_response_spectrum();
+    /// Combines the modal results of data; never throws, failures go to data's
+    /// error fields.
     void run(data_type& data);
 
+    /// The settings of the next run.
     settings_type settings;
 };
 

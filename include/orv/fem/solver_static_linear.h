@@ -22,6 +22,7 @@ namespace fem {
 /// the record. run() never throws.
 class solver_static_linear : public solver_base {
 public:
+    /// Settings of the run; reset() restores the defaults.
     struct settings_type {
         /// Objects the caller supplies in data: 2 F, 16 Ks, 32 Kf.
         std::uint32_t input_mask = 0;
@@ -31,7 +32,9 @@ public:
         /// Non-zero: DOFs that models penalise go through augmented Lagrange
         /// iterations. Zero: only when the assembled Kf is zero throughout.
         std::uint32_t use_ALM = 1;
+        /// Iteration limit of the conjugate gradient on DOFs imposed in some cases only.
         std::uint32_t max_iters_CG = 100;
+        /// Iteration limit of the augmented Lagrange loop.
         std::uint32_t max_iters_ALM = 50;
         /// Augmented Lagrange tolerance on the energy and constraint changes.
         double tol_ALM = 1E-6;
@@ -44,10 +47,13 @@ public:
         ORV_FEM_SETTINGS_HOOKS
 
         settings_type() = default;
+        /// Every setting to its default, hooks included.
         void reset() { *this = settings_type(); }
+        /// Every combination of these settings is accepted.
         bool valid() const { return true; }
     };
 
+    /// The problem with the inputs and results of one run.
     struct data_type : public problem_data {
         /// Held for the run, read by no step.
         FEM_states U_prior;
@@ -73,34 +79,48 @@ public:
         dense1D<double> energy;
         /// Cleared by each run; filled by no step of this run (later runs may use them).
         dense1D<unsigned int> spare_counts;
+        /// Cleared by each run; set by no step of this run.
         std::uint32_t spare_counter = 0;
         /// Smallest and largest pivot of the factorisation.
         double pivot_min = 0.0;
+        /// Largest pivot of the factorisation.
         double pivot_max = 0.0;
         /// DOF ID at the worst pivot, 0xFFFFFFFF if none.
         std::uint32_t bad_pivot_DOF = 0xFFFFFFFFu;
         /// Sizes in MB.
         double size_RHS = 0.0;
+        /// Size of Ks in MB.
         double size_Ks = 0.0;
+        /// Size of Kf in MB.
         double size_Kf = 0.0;
+        /// Size of U in MB.
         double size_U = 0.0;
+        /// Cleared by each run; set by no step of this run.
         double size_spare = 0.0;
+        /// Sum of the sizes the run allocates, compared with the context's limit, in MB.
         double size_total = 0.0;
         /// The out-of-core manager opened at least one file during the run.
         bool used_out_of_core = false;
         ORV_FEM_DATA_ERRORS
         /// Step times in seconds, accumulated over the run.
         double time_numbering = 0.0;
+        /// Time of the right-hand sides.
         double time_RHS = 0.0;
+        /// Time of the assembly of Ks and Kf, penalties included.
         double time_assembly = 0.0;
+        /// Time of the factorisation.
         double time_factor = 0.0;
+        /// Time of the solve and the outputs.
         double time_solve = 0.0;
+        /// Time of the whole run.
         double time_total = 0.0;
 
         data_type() = default;
         /// Shares the problem; every output default-constructed.
         explicit data_type(const problem_data& problem) : problem_data(problem) {}
+        /// Shares the problem and the result matrices of another record.
         data_type(const data_type&) = default;
+        /// Shares the problem and the result matrices of another record.
         data_type& operator=(const data_type&) = default;
         ~data_type() override = default;
 
@@ -113,8 +133,10 @@ public:
     ORV_FEM_HANDLE(solver_static_linear, core::solver_root)
 
     solver_static_linear();
+    /// Runs the analysis on data; never throws, failures go to data's error fields.
     void run(data_type& data);
 
+    /// The settings of the next run.
     settings_type settings;
 };
 

@@ -18,6 +18,7 @@ public:
     ORV_FEM_HANDLE(stress_mgr, core::stress_super_mgr)
 
     stress_mgr();
+    /// create(ctx).
     explicit stress_mgr(context& ctx);
     /// A new, empty manager on the context.
     error_type create(context& ctx);
