@@ -11,27 +11,32 @@
 
 namespace orv {
 
-// Element (i, j) lies at offset + j * ld + i of the shared storage; a column is
-// contiguous. The underlying dense1D view spans from (0, 0) to (rows-1, cols-1), that
-// is (cols - 1) * ld + rows elements, 0 when rows or cols is 0. A compact matrix has
-// ld == rows, and then size() == rows * cols. Callers test `rows() * cols() == 0`
-// for "no work".
-//
-// Copies and sub_matrix views share the storage, as for dense1D. A resize or copy
-// that changes the shape makes the matrix compact (ld == rows); one that keeps it
-// works in place, so copying into a sub_matrix view writes the parent. Failures are
-// false results.
+/// Element (i, j) lies at offset + j * ld + i of the shared storage; a column is
+/// contiguous. The underlying dense1D view spans from (0, 0) to (rows-1, cols-1), that
+/// is (cols - 1) * ld + rows elements, 0 when rows or cols is 0. A compact matrix has
+/// ld == rows, and then size() == rows * cols. Callers test `rows() * cols() == 0`
+/// for "no work".
+///
+/// Copies and sub_matrix views share the storage, as for dense1D. A resize or copy
+/// that changes the shape makes the matrix compact (ld == rows); one that keeps it
+/// works in place, so copying into a sub_matrix view writes the parent. Failures are
+/// false results.
 template <class T>
 class dense2D : public dense1D<T, 8> {
 public:
+    /// The vector of the storage under the matrix.
     typedef dense1D<T, 8> base_type;
+    /// The element type.
     typedef T value_type;
 
+    /// An empty matrix (0 x 0).
     dense2D() noexcept = default;
+    /// A compact rows x cols matrix, elements undefined.
     dense2D(std::size_t rows, std::size_t cols) noexcept { resize(rows, cols); }
+    /// A compact rows x cols matrix set to value.
     dense2D(std::size_t rows, std::size_t cols, const T& value) noexcept { resize(rows, cols, value); }
-    // Wraps external column-major memory, which stays the caller's. ld < rows leaves
-    // an empty matrix.
+    /// Wraps external column-major memory, which stays the caller's. ld < rows leaves
+    /// an empty matrix.
     template <class P, typename std::enable_if<std::is_same<P, T*>::value, int>::type = 0>
     dense2D(std::size_t rows, std::size_t cols, std::size_t ld, P external) noexcept {
         std::size_t span;
@@ -40,20 +45,24 @@ public:
         base_type::operator=(base_type(span, external));
         if (base_type::size() == span) __set_shape(rows, cols, ld);
     }
-    // A matrix on shared storage, starting at the first element of `storage`. A
-    // shape that does not fit in the view leaves an empty matrix.
+    /// A matrix on shared storage, starting at the first element of `storage`. A
+    /// shape that does not fit in the view leaves an empty matrix.
     dense2D(std::size_t rows, std::size_t cols, std::size_t ld, const base_type& storage) noexcept {
         std::size_t span;
         if (!__span(rows, cols, ld, span) || span > storage.size()) return;
         base_type::operator=(storage.sub_vector(0, span));
         __set_shape(rows, cols, ld);
     }
+    /// Shares the other matrix's storage and shape.
     dense2D(const dense2D&) noexcept = default;
+    /// Takes o's matrix; o becomes empty.
     dense2D(dense2D&& o) noexcept : base_type(std::move(o)), rows_(o.rows_), cols_(o.cols_), ld_(o.ld_) {
         o.rows_ = o.cols_ = o.ld_ = 0;
     }
 
+    /// Shares the other matrix's storage and shape.
     dense2D& operator=(const dense2D&) noexcept = default;
+    /// Takes o's matrix; o becomes empty.
     dense2D& operator=(dense2D&& o) noexcept {
         if (this != &o) {
             base_type::operator=(std::move(o));
@@ -64,32 +73,36 @@ public:
         }
         return *this;
     }
-    // Fills the matrix elements (not the gaps between columns) and returns the value.
+    /// Fills the matrix elements (not the gaps between columns) and returns the value.
     const T& operator=(const T& value) {
         fill(value);
         return value;
     }
+    /// Sets every element of the matrix (not the gaps between columns).
     void fill(const T& value) {
         for (std::size_t j = 0; j < cols_; ++j) {
             T* c = col(j);
             for (std::size_t i = 0; i < rows_; ++i) c[i] = value;
         }
     }
+    /// Shares o's storage and shape (the same as assignment).
     void shallow_copy(const dense2D& o) noexcept { *this = o; }
-    // Deep, compact copy of o.
+    /// Deep, compact copy of o.
     bool copy(const dense2D& o) noexcept;
 
+    /// Shape 0 x 0, storage kept.
     void clear() noexcept {
         base_type::clear();
         rows_ = cols_ = ld_ = 0;
     }
+    /// Shape 0 x 0, storage released (freed if this was its last view).
     void clear_hard() noexcept {
         base_type::clear_hard();
         rows_ = cols_ = ld_ = 0;
     }
-    // Compact shape rows x cols; the first rows*cols elements of the storage (in
-    // storage order) are kept, new ones undefined or `value`. The same shape is kept
-    // as it is, so that a sub_matrix view keeps its leading dimension.
+    /// Compact shape rows x cols; the first rows*cols elements of the storage (in
+    /// storage order) are kept, new ones undefined or `value`. The same shape is kept
+    /// as it is, so that a sub_matrix view keeps its leading dimension.
     bool resize(std::size_t rows, std::size_t cols) noexcept {
         if (rows == rows_ && cols == cols_) return true;
         std::size_t n;
@@ -97,6 +110,7 @@ public:
         __set_shape(rows, cols, rows);
         return true;
     }
+    /// The same, new elements set to value.
     bool resize(std::size_t rows, std::size_t cols, const T& value) noexcept {
         if (rows == rows_ && cols == cols_) return true;
         std::size_t n;
@@ -104,14 +118,14 @@ public:
         __set_shape(rows, cols, rows);
         return true;
     }
-    // Room for a compact rows x cols matrix; the shape is unchanged.
+    /// Room for a compact rows x cols matrix; the shape is unchanged.
     bool reserve(std::size_t rows, std::size_t cols, std::size_t factor = 1) noexcept {
         std::size_t n;
         return __product(rows, cols, n) && base_type::reserve(n, factor);
     }
 
-    // View on rows [row0, row0 + rows) and columns [col0, col0 + cols), with this
-    // matrix's leading dimension.
+    /// View on rows [row0, row0 + rows) and columns [col0, col0 + cols), with this
+    /// matrix's leading dimension.
     dense2D sub_matrix(std::size_t row0, std::size_t col0, std::size_t rows, std::size_t cols) const noexcept {
         assert(row0 <= rows_ && rows <= rows_ - row0 && col0 <= cols_ && cols <= cols_ - col0);
         dense2D m;
@@ -120,27 +134,35 @@ public:
         m.__set_shape(rows, cols, ld_);
         return m;
     }
-    // Column j as a vector view.
+    /// Column j as a vector view.
     base_type column(std::size_t j) const noexcept {
         assert(j < cols_);
         return base_type::sub_vector(j * ld_, rows_);
     }
 
+    /// Number of rows.
     std::size_t rows() const noexcept { return rows_; }
+    /// Number of columns.
     std::size_t cols() const noexcept { return cols_; }
+    /// Leading dimension: distance between the starts of two columns.
     std::size_t ld() const noexcept { return ld_; }
 
+    /// Start of column j.
     T* col(std::size_t j) noexcept { return base_type::data() + j * ld_; }
+    /// Start of column j.
     const T* col(std::size_t j) const noexcept { return base_type::data() + j * ld_; }
+    /// Element (i, j), checked by assert only.
     T& operator()(std::size_t i, std::size_t j) noexcept {
         assert(i < rows_ && j < cols_);
         return base_type::data()[j * ld_ + i];
     }
+    /// Element (i, j), checked by assert only.
     const T& operator()(std::size_t i, std::size_t j) const noexcept {
         assert(i < rows_ && j < cols_);
         return base_type::data()[j * ld_ + i];
     }
 
+    /// Exchanges the two matrices.
     void swap(dense2D& o) noexcept {
         base_type::swap(o);
         std::swap(rows_, o.rows_);

@@ -8,28 +8,35 @@
 
 namespace orv {
 
-// The values live in the dense1D base, one per stored entry. Row i owns the entries
-// [pointers[i], pointers[i + 1]) whose columns (>= i, ascending) are in `columns`.
-// The dimension is pointers.size() - 1, 0 for an empty pointer vector. Copies share
-// values and profile; copy() is deep. Two matrices of the same pattern may share one
-// profile: init() takes the index vectors by sharing.
+/// The values live in the dense1D base, one per stored entry. Row i owns the entries
+/// [pointers[i], pointers[i + 1]) whose columns (>= i, ascending) are in `columns`.
+/// The dimension is pointers.size() - 1, 0 for an empty pointer vector. Copies share
+/// values and profile; copy() is deep. Two matrices of the same pattern may share one
+/// profile: init() takes the index vectors by sharing.
 template <class T>
 class symmetric_sparse : public dense1D<T, 8> {
 public:
+    /// The vector of the stored values.
     typedef dense1D<T, 8> base_type;
+    /// Row pointers and column indices.
     typedef dense1D<unsigned int, 8> index_type;
+    /// The element type.
     typedef T value_type;
 
+    /// Dimension 0, no profile.
     symmetric_sparse() noexcept = default;
+    /// Shares the other matrix's values and profile.
     symmetric_sparse(const symmetric_sparse&) noexcept = default;
+    /// Shares the other matrix's values and profile.
     symmetric_sparse& operator=(const symmetric_sparse&) noexcept = default;
+    /// Sets every stored entry and returns the value.
     const T& operator=(const T& value) {
         base_type::fill(value);
         return value;
     }
 
-    // Shares the profile and sets every stored entry to value; false on exhaustion,
-    // with the matrix left as it was. The profile is not checked here: see is_valid.
+    /// Shares the profile and sets every stored entry to value; false on exhaustion,
+    /// with the matrix left as it was. The profile is not checked here: see is_valid.
     bool init(const index_type& pointers, const index_type& columns, const T& value) noexcept {
         base_type values;
         if (!values.resize(columns.size(), value)) return false;
@@ -38,30 +45,35 @@ public:
         columns_ = columns;
         return true;
     }
-    // Shallow views of the two index vectors.
+    /// Shallow views of the two index vectors.
     void get_profile(index_type& pointers, index_type& columns) const noexcept {
         pointers = pointers_;
         columns = columns_;
     }
+    /// Row pointers: dim() + 1 entries.
     const index_type& pointers() const noexcept { return pointers_; }
+    /// Column of each stored entry.
     const index_type& columns() const noexcept { return columns_; }
 
-    // The profile is consistent: pointers start at 0, do not decrease and end at the
-    // number of columns; each row's columns are ascending, not below the row and
-    // below the dimension; there is one value per column entry.
+    /// The profile is consistent: pointers start at 0, do not decrease and end at the
+    /// number of columns; each row's columns are ascending, not below the row and
+    /// below the dimension; there is one value per column entry.
     bool is_valid() const noexcept;
 
+    /// The dimension.
     std::size_t dim() const noexcept { return pointers_.size() == 0 ? 0 : pointers_.size() - 1; }
+    /// Number of stored entries (upper triangle).
     std::size_t nbr_entries() const noexcept { return columns_.size(); }
 
-    // The stored entry (i, j) (either triangle), or null when it is outside the
-    // pattern or an index is at or beyond the dimension.
+    /// The stored entry (i, j) (either triangle), or null when it is outside the
+    /// pattern or an index is at or beyond the dimension.
     T* find(std::size_t i, std::size_t j) noexcept;
+    /// The same on a const matrix.
     const T* find(std::size_t i, std::size_t j) const noexcept {
         return const_cast<symmetric_sparse*>(this)->find(i, j);
     }
-    // 0 with the entry, 0 with 0.0 outside the pattern, -101 (and 0.0) when an index
-    // is at or beyond the dimension.
+    /// 0 with the entry, 0 with 0.0 outside the pattern, -101 (and 0.0) when an index
+    /// is at or beyond the dimension.
     int get(std::size_t i, std::size_t j, T& value) const noexcept {
         value = T();
         if (i >= dim() || j >= dim()) return -101;
@@ -69,8 +81,9 @@ public:
         return 0;
     }
 
+    /// Shares o's values and profile (the same as assignment).
     void shallow_copy(const symmetric_sparse& o) noexcept { *this = o; }
-    // Deep copy of values and profile.
+    /// Deep copy of values and profile.
     bool copy(const symmetric_sparse& o) noexcept {
         if (this == &o) return true;
         base_type v;
@@ -81,18 +94,20 @@ public:
         columns_ = c;
         return true;
     }
-    // Dimension 0; the values' storage is kept, the profile is let go.
+    /// Dimension 0; the values' storage is kept, the profile is let go.
     void clear() noexcept {
         base_type::clear();
         pointers_.clear_hard();
         columns_.clear_hard();
     }
+    /// Dimension 0; values and profile let go.
     void clear_hard() noexcept {
         base_type::clear_hard();
         pointers_.clear_hard();
         columns_.clear_hard();
     }
 
+    /// Exchanges the two matrices.
     void swap(symmetric_sparse& o) noexcept {
         base_type::swap(o);
         pointers_.swap(o.pointers_);

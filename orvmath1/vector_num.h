@@ -13,54 +13,64 @@
 
 namespace orv {
 
-// Raw blocks of every vector_num. A null result means that the memory is exhausted
-// (or that the request exceeds what the address space could ever hold); neither call
-// throws.
+/// Raw blocks of every vector_num. A null result means that the memory is exhausted
+/// (or that the request exceeds what the address space could ever hold); neither call
+/// throws.
 void* __vector_num_alloc(std::size_t bytes) noexcept;
 void __vector_num_free(void* block) noexcept;
 
-// Storage of `capacity()` elements of T, shared by counted views (dense1D and
-// everything built on it). The block holds `capacity * sizeof(T) + sizeof(T) - 1`
-// bytes and the first element sits on the next multiple of sizeof(T), so that 8-,
-// 16- and 32-byte elements get 8-, 16- and 32-byte alignment; `shift()` records how
-// far the pointer was moved. Every element of the capacity is constructed (default-
-// initialised) while the block is owned, and destroyed when the block goes.
-//
-// The parameter A names the alignment family of the views; the placement rule above
-// is by element size. Elements larger than 256 bytes are placed on the largest power
-// of two (at most 256) that divides their size, so that the shift fits in one byte.
-//
-// A vector_num may also wrap memory that it does not own (external()): it then
-// neither constructs, destroys nor frees those elements. Growing it moves the
-// content into an owned block.
+/// Storage of `capacity()` elements of T, shared by counted views (dense1D and
+/// everything built on it). The block holds `capacity * sizeof(T) + sizeof(T) - 1`
+/// bytes and the first element sits on the next multiple of sizeof(T), so that 8-,
+/// 16- and 32-byte elements get 8-, 16- and 32-byte alignment; `shift()` records how
+/// far the pointer was moved. Every element of the capacity is constructed (default-
+/// initialised) while the block is owned, and destroyed when the block goes.
+///
+/// The parameter A names the alignment family of the views; the placement rule above
+/// is by element size. Elements larger than 256 bytes are placed on the largest power
+/// of two (at most 256) that divides their size, so that the shift fits in one byte.
+///
+/// A vector_num may also wrap memory that it does not own (external()): it then
+/// neither constructs, destroys nor frees those elements. Growing it moves the
+/// content into an owned block.
 template <class T, int A = 8>
 class vector_num : public ref_counted {
 public:
+    /// The element type.
     typedef T value_type;
 
+    /// No storage.
     vector_num() noexcept = default;
+    /// Wraps n elements of external memory, which stays the caller's.
     vector_num(T* external, std::size_t n) noexcept
         : first_(external), capacity_(external ? n : 0), external_(external != nullptr) {}
+    /// Not copyable: views share it through Ptr.
     vector_num(const vector_num&) = delete;
+    /// Not assignable.
     vector_num& operator=(const vector_num&) = delete;
+    /// Destroys and frees an owned block.
     ~vector_num() override { __release(); }
 
+    /// The first element, null without storage.
     T* data() const noexcept { return first_; }
+    /// Number of elements of the storage.
     std::size_t capacity() const noexcept { return capacity_; }
+    /// Bytes between the block's start and the first element.
     unsigned shift() const noexcept { return shift_; }
+    /// True when the memory is the caller's.
     bool external() const noexcept { return external_; }
 
-    // Alignment unit of the first element.
+    /// Alignment unit of the first element.
     static constexpr std::size_t align_unit() noexcept {
         return sizeof(T) <= 256 ? sizeof(T) : ((sizeof(T) & (~sizeof(T) + 1)) < 256 ? (sizeof(T) & (~sizeof(T) + 1)) : 256);
     }
 
-    // Replaces the block by one of capacity max(max(capacity * factor, 2), needed).
-    // The first `used` elements are copied (by copy-construction) into the new block,
-    // the others default-initialised. On overflow of the size computation, on
-    // exhaustion, or when an element's constructor throws, the vector is left
-    // untouched and the result is false. Appending grows with factor 2, an explicit
-    // reserve with factor 1.
+    /// Replaces the block by one of capacity max(max(capacity * factor, 2), needed).
+    /// The first `used` elements are copied (by copy-construction) into the new block,
+    /// the others default-initialised. On overflow of the size computation, on
+    /// exhaustion, or when an element's constructor throws, the vector is left
+    /// untouched and the result is false. Appending grows with factor 2, an explicit
+    /// reserve with factor 1.
     bool __grow(std::size_t needed, std::size_t used, std::size_t factor) noexcept;
 
 private:

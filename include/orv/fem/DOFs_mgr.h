@@ -13,58 +13,65 @@ class DOFs_mgr;
 }
 namespace fem {
 
-// Handle on a DOF table; copies share the table. A DOF ID is node * 9 + position:
-// 0-2 displacements, 3-5 rotations, 6 temperature, 7-8 reserved. `state` is true for
-// free. Fictitious nodes (numbers from nbr_nodes() on) have only DOFs, always free.
+/// Handle on a DOF table; copies share the table. A DOF ID is node * 9 + position:
+/// 0-2 displacements, 3-5 rotations, 6 temperature, 7-8 reserved. `state` is true for
+/// free. Fictitious nodes (numbers from nbr_nodes() on) have only DOFs, always free.
 class DOFs_mgr : public base_class {
 public:
     ORV_FEM_HANDLE(DOFs_mgr, core::DOFs_mgr)
 
-    // Empty table, 0 nodes.
+    /// Empty table, 0 nodes.
     DOFs_mgr();
-    // nbr_nodes real nodes, every DOF set to state.
+    /// nbr_nodes real nodes, every DOF set to state.
     DOFs_mgr(unsigned nbr_nodes, bool state);
 
+    /// DOF IDs per node: 9.
     static unsigned stride() { return 9; }
+    /// The same as stride().
     static unsigned DOF_STRIDE() { return 9; }
-    // node*9 + comp (displacement), node*9 + 3 + comp (rotation), node*9 + 6
-    // (temperature, comp ignored); 0xFFFFFFFF for any other tag.
+    /// node*9 + comp (displacement), node*9 + 3 + comp (rotation), node*9 + 6
+    /// (temperature, comp ignored); 0xFFFFFFFF for any other tag.
     static unsigned long long ID(unsigned long long node, field_tag tag, unsigned comp);
 
-    // nbr_nodes real nodes: new DOFs take state, old ones keep theirs; fictitious
-    // nodes are kept (and renumbered, since they follow the real ones).
+    /// nbr_nodes real nodes: new DOFs take state, old ones keep theirs; fictitious
+    /// nodes are kept (and renumbered, since they follow the real ones).
     void resize(unsigned nbr_nodes, bool state);
-    // No real nodes, no fictitious nodes.
+    /// No real nodes, no fictitious nodes.
     void clear();
 
+    /// Number of real nodes.
     unsigned nbr_nodes() const;
+    /// Number of fictitious nodes.
     unsigned nbr_fictitious_nodes() const;
+    /// DOF IDs of the fictitious nodes: 9 per node.
     unsigned long long nbr_fictitious_DOFs() const;
-    // Every ID in use: 9 * (real + fictitious nodes).
+    /// Every ID in use: 9 * (real + fictitious nodes).
     unsigned long long size() const;
-    // Real-node DOFs equal to state, reserved positions included.
+    /// Real-node DOFs equal to state, reserved positions included.
     unsigned long long nbr_DOFs(bool state) const;
-    // Appends the real-node IDs equal to state, ascending; ids is not cleared.
+    /// Appends the real-node IDs equal to state, ascending; ids is not cleared.
     error_type copy_IDs(std::vector<unsigned>& ids, bool state) const;
 
-    // -101 when ID >= size(); a fictitious DOF is free.
+    /// -101 when ID >= size(); a fictitious DOF is free.
     error_type get(unsigned long long ID, bool& state) const;
+    /// The same by node, field and component.
     error_type get(unsigned long long node, field_tag tag, unsigned comp, bool& state) const;
-    // node = ID / 9, or its master when to_master and it is fictitious; tag from ID % 9;
-    // comp = ID % 3.
+    /// node = ID / 9, or its master when to_master and it is fictitious; tag from ID % 9;
+    /// comp = ID % 3.
     void get_info(unsigned long long ID, unsigned& node, field_tag& tag, unsigned& comp,
                   bool to_master = false) const;
 
-    // -101 unless the ID belongs to a real node.
+    /// -101 unless the ID belongs to a real node.
     error_type set(unsigned long long ID, bool state);
+    /// The same by node, field and component.
     error_type set(unsigned long long node, field_tag tag, unsigned comp, bool state);
-    // All components of the field (one for temperature).
+    /// All components of the field (one for temperature).
     error_type set(unsigned long long node, field_tag tag, bool state);
-    // Two components; -101 when one exceeds 2.
+    /// Two components; -101 when one exceeds 2.
     error_type set(unsigned long long node, field_tag tag, unsigned comp1, unsigned comp2,
                    bool state);
 
-    // Appends a fictitious node of the real node master; returns its node number.
+    /// Appends a fictitious node of the real node master; returns its node number.
     unsigned add_fictitious_node(unsigned master);
 };
 

@@ -4,8 +4,8 @@
 namespace orv {
 namespace fem {
 
-// Numbering of the element shapes. Values without a shape of their own keep their
-// place (and their node count) so that the numbering stays stable.
+/// Numbering of the element shapes. Values without a shape of their own keep their
+/// place (and their node count) so that the numbering stays stable.
 enum element_type : unsigned {
     FE_none = 0,
     FE_node1 = 1,
@@ -35,11 +35,11 @@ enum element_type : unsigned {
     FE_type_end = 25
 };
 
-// Dimension of a shape: 0 for a point, 1 for an edge, 2 for a face, 3 for a solid.
+/// Dimension of a shape: 0 for a point, 1 for an edge, 2 for a face, 3 for a solid.
 unsigned element_dim(element_type type);
-// Number of nodes of a shape; 0 for FE_none and for values past the table.
+/// Number of nodes of a shape; 0 for FE_none and for values past the table.
 unsigned nbr_nodes(element_type type);
-// Number of corner nodes of a shape; 0 for FE_none and for values past the table.
+/// Number of corner nodes of a shape; 0 for FE_none and for values past the table.
 unsigned nbr_base_nodes(element_type type);
 
 }  // namespace fem

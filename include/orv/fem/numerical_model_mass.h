@@ -13,26 +13,30 @@
 namespace orv {
 namespace fem {
 
-// The model answers the mass matrix (matrix code 2): consistent when assembled with
-// matrix_level 1, lumped to a diagonal with matrix_level 2 (per direction, each
-// diagonal term scaled so that the element keeps its mass). The connectivity has
-// one column per element and one row per node of the shape, in the shape's node
-// order; the model is registered in the context's registry.
-//
-// A constructor that fails leaves the handle empty; init says why: -101 a physics
-// that is empty or no mass physics, -104 a shape on which the physics has no model,
-// -105 a connectivity whose row count is not the shape's node count, -199 memory.
-// An element whose density (per-element data of the law included) is not a
-// positive finite number, or whose mass is not positive (a degenerate or inverted
-// element), fails its assembly with -106.
+/// The model answers the mass matrix (matrix code 2): consistent when assembled with
+/// matrix_level 1, lumped to a diagonal with matrix_level 2 (per direction, each
+/// diagonal term scaled so that the element keeps its mass). The connectivity has
+/// one column per element and one row per node of the shape, in the shape's node
+/// order; the model is registered in the context's registry.
+///
+/// A constructor that fails leaves the handle empty; init says why: -101 a physics
+/// that is empty or no mass physics, -104 a shape on which the physics has no model,
+/// -105 a connectivity whose row count is not the shape's node count, -199 memory.
+/// An element whose density (per-element data of the law included) is not a
+/// positive finite number, or whose mass is not positive (a degenerate or inverted
+/// element), fails its assembly with -106.
 class numerical_model_mass : public numerical_model_base {
 public:
     numerical_model_mass();
+    /// Makes the mesh; an empty handle on failure (init() gives the code).
     numerical_model_mass(const context& ctx, const physics_model_base& physics,
                          const dense2D<unsigned int>& connectivity, element_type type);
+    /// Shares the model of another handle.
     numerical_model_mass(const numerical_model_mass&) = default;
+    /// Shares the model of another handle.
     numerical_model_mass& operator=(const numerical_model_mass&) = default;
     ~numerical_model_mass() override = default;
+    /// Makes the mesh on `physics` over `connectivity` of shape `type`: 0 or a code above.
     error_type init(const context& ctx, const physics_model_base& physics,
                     const dense2D<unsigned int>& connectivity, element_type type);
 };

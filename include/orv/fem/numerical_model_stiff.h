@@ -12,34 +12,42 @@
 namespace orv {
 namespace fem {
 
-// A mesh of a small-strain physics (model_solid_lin, ...). The connectivity has one
-// column per element and one row per node of the shape, in the shape's node order.
-// The model is registered in the context's registry. A constructor that fails leaves
-// the handle empty; init says why: -101 a physics that is empty or not small-strain,
-// -104 a shape on which the physics has no model, -105 a connectivity whose row count
-// is not the shape's node count, -199 memory.
+/// A mesh of a small-strain physics (model_solid_lin, ...). The connectivity has one
+/// column per element and one row per node of the shape, in the shape's node order.
+/// The model is registered in the context's registry. A constructor that fails leaves
+/// the handle empty; init says why: -101 a physics that is empty or not small-strain,
+/// -104 a shape on which the physics has no model, -105 a connectivity whose row count
+/// is not the shape's node count, -199 memory.
 class numerical_model_stiff_lin : public numerical_model_base {
 public:
     numerical_model_stiff_lin();
+    /// init(ctx, physics, connectivity, type); an empty handle when that fails.
     numerical_model_stiff_lin(const context& ctx, const physics_model_base& physics,
                               const dense2D<unsigned int>& connectivity, element_type type);
+    /// Shares the model of another handle.
     numerical_model_stiff_lin(const numerical_model_stiff_lin&) = default;
+    /// Shares the model of another handle.
     numerical_model_stiff_lin& operator=(const numerical_model_stiff_lin&) = default;
     ~numerical_model_stiff_lin() override = default;
+    /// Makes the mesh model and registers it on ctx; 0 or the error codes above.
     error_type init(const context& ctx, const physics_model_base& physics,
                     const dense2D<unsigned int>& connectivity, element_type type);
 };
 
-// The same for the finite-strain physics (model_solid_gnl, ...): -101 for a
-// small-strain physics.
+/// The same for the finite-strain physics (model_solid_gnl, ...): -101 for a
+/// small-strain physics.
 class numerical_model_stiff_gnl : public numerical_model_base {
 public:
     numerical_model_stiff_gnl();
+    /// init(ctx, physics, connectivity, type); an empty handle when that fails.
     numerical_model_stiff_gnl(const context& ctx, const physics_model_base& physics,
                               const dense2D<unsigned int>& connectivity, element_type type);
+    /// Shares the model of another handle.
     numerical_model_stiff_gnl(const numerical_model_stiff_gnl&) = default;
+    /// Shares the model of another handle.
     numerical_model_stiff_gnl& operator=(const numerical_model_stiff_gnl&) = default;
     ~numerical_model_stiff_gnl() override = default;
+    /// As numerical_model_stiff_lin::init, for a finite-strain physics.
     error_type init(const context& ctx, const physics_model_base& physics,
                     const dense2D<unsigned int>& connectivity, element_type type);
 };

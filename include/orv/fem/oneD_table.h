@@ -6,32 +6,36 @@
 namespace orv {
 namespace fem {
 
-// Value class over two lists x (ascending) and y of the same length. Copies share the
-// lists, which the class never changes in place: init() makes new copies.
-//
-// Reading at x: linear interpolation between the two points around x. Below the
-// first abscissa the first segment goes on (extrapolation); above the last one the
-// last value holds. An empty table reads 0.0 everywhere.
+/// Value class over two lists x (ascending) and y of the same length. Copies share the
+/// lists, which the class never changes in place: init() makes new copies.
+///
+/// Reading at x: linear interpolation between the two points around x. Below the
+/// first abscissa the first segment goes on (extrapolation); above the last one the
+/// last value holds. An empty table reads 0.0 everywhere.
 class oneD_table {
 public:
-    // Empty table.
+    /// Empty table.
     oneD_table() = default;
-    // The constant c: the single point (0.0, c).
+    /// The constant c: the single point (0.0, c).
     explicit oneD_table(double c);
-    // Copies of both lists.
+    /// Copies of both lists.
     oneD_table(const dense1D<double>& x, const dense1D<double>& y);
 
-    // Replaces the table by copies of both lists. The abscissas are taken as
-    // ascending and nothing is checked; a y shorter than x holds its last value past
-    // its end. False (and an empty table) when the memory cannot be had.
+    /// Replaces the table by copies of both lists. The abscissas are taken as
+    /// ascending and nothing is checked; a y shorter than x holds its last value past
+    /// its end. False (and an empty table) when the memory cannot be had.
     bool init(const dense1D<double>& x, const dense1D<double>& y);
 
+    /// The value at x.
     double operator()(double x) const;
-    // Element by element; an empty result when the memory cannot be had.
+    /// Element by element; an empty result when the memory cannot be had.
     dense1D<double> operator()(const dense1D<double>& x) const;
 
+    /// The abscissas (shared).
     const dense1D<double>& get_x() const { return x_; }
+    /// The values (shared).
     const dense1D<double>& get_y() const { return y_; }
+    /// True for a table without points.
     bool empty() const { return x_.empty(); }
 
 private:

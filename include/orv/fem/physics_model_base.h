@@ -12,19 +12,20 @@ class physics_model_base;
 }
 namespace fem {
 
-// The default constructor gives an empty handle; the model_* classes make the
-// physics. Copies share it.
+/// The default constructor gives an empty handle; the model_* classes make the
+/// physics. Copies share it.
 class physics_model_base : public base_class {
 public:
     ORV_FEM_HANDLE(physics_model_base, core::physics_model_base)
 
     physics_model_base();
 
-    // Coarse code of the physics (4000 solid, 9000 membrane, ...), and the code with
-    // its kinematics (4300 for the finite solid); 0 for an empty handle.
+    /// Coarse code of the physics (4000 solid, 9000 membrane, ...), and the code with
+    /// its kinematics (4300 for the finite solid); 0 for an empty handle.
     unsigned get_family_code() const;
+    /// The code of the physics with its kinematics.
     unsigned get_physics_code() const;
-    // The law the physics was made on; an empty handle for an empty physics.
+    /// The law the physics was made on; an empty handle for an empty physics.
     law_base get_material() const;
 };
 

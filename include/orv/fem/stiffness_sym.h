@@ -14,25 +14,25 @@ class stiffness_sym;
 }
 namespace fem {
 
-// One element whose stiffness is the matrix `values`, row and column i on the DOF
-// ids(i). With `absolute` non-zero it is a plain stiffness; with 0 it is a
-// constraint, scaled by the run's penalty and added in the penalty pass only. The
-// default constructor gives an empty handle.
+/// One element whose stiffness is the matrix `values`, row and column i on the DOF
+/// ids(i). With `absolute` non-zero it is a plain stiffness; with 0 it is a
+/// constraint, scaled by the run's penalty and added in the penalty pass only. The
+/// default constructor gives an empty handle.
 class stiffness_sym : public numerical_model_base {
 public:
     ORV_FEM_HANDLE(stiffness_sym, core::stiffness_sym)
 
     stiffness_sym();
-    // create(ctx).
+    /// create(ctx).
     explicit stiffness_sym(context& ctx);
-    // create(ctx), then init(values, ids, absolute); the code of init is not reported.
+    /// create(ctx), then init(values, ids, absolute); the code of init is not reported.
     stiffness_sym(context& ctx, const symmetric_full<double>& values, const dense1D<unsigned int>& ids, int absolute);
-    // A new model registered on ctx, with no values.
+    /// A new model registered on ctx, with no values.
     error_type create(context& ctx);
-    // Shares values. -101 when the dimension differs from the IDs or an ID is repeated
-    // (the model is then emptied), -199 for memory.
+    /// Shares values. -101 when the dimension differs from the IDs or an ID is repeated
+    /// (the model is then emptied), -199 for memory.
     error_type init(const symmetric_full<double>& values, const dense1D<unsigned int>& ids, int absolute);
-    // The values (shared), the IDs in their order and the mode.
+    /// The values (shared), the IDs in their order and the mode.
     error_type get_params(symmetric_full<double>& values, dense1D<unsigned int>& ids, int& absolute) const;
 };
 

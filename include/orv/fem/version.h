@@ -4,9 +4,10 @@
 namespace orv {
 namespace fem {
 
+/// The library's version.
 class version {
 public:
-    // "5.5.0.0": the version as it appears in the run banners.
+    /// "5.5.0.0": the version as it appears in the run banners.
     static const char* text();
 };
 
