@@ -8,7 +8,7 @@
 //
 // How to build and run it
 //   cmake --build build --target demo && ./build/demo
-//   The numbered examples (ex01_truss, ex02_cantilever, ...) then solve problems.
+//   The numbered examples (ex01_truss, ex03_cantilever, ...) then solve problems.
 //
 // What it prints
 //   The version and resources, then the table's counts, its fixed IDs and what one ID

@@ -1,4 +1,4 @@
-// Example 2: a solid cantilever of hexa8 elements, four load cases, VTK output.
+// Example 3: a solid cantilever of hexa8 elements, four load cases, VTK output.
 //
 // What it shows
 //   A mesh model: a St Venant-Kirchhoff law, the small-displacement solid physics and
@@ -7,7 +7,7 @@
 //   reading the displacements back from the result matrix; writing them to a .vtu file.
 //
 // How to build and run it
-//   cmake --build build --target ex02_cantilever && ./build/ex02_cantilever [file.vtu]
+//   cmake --build build --target ex03_cantilever && ./build/ex03_cantilever [file.vtu]
 //   The file defaults to cantilever.vtu in the working folder. Open it in ParaView and
 //   apply Warp By Vector to one of the displacement arrays.
 //

@@ -1,4 +1,4 @@
-// Example 3: a thick-walled cylinder under internal pressure, meshed by Gmsh, shown in
+// Example 2: a thick-walled cylinder under internal pressure, meshed by Gmsh, shown in
 // ParaView.
 //
 // What it shows
@@ -16,13 +16,13 @@
 //     u(r) = p a^2 (1 + nu) / (E (b^2 - a^2)) ((1 - 2 nu) r + b^2 / r).
 //
 // How to build and run it
-//   cmake --build build --target ex03_gmsh_part && ./build/ex03_gmsh_part [mesh.msh [out.vtu]]
+//   cmake --build build --target ex02_gmsh_part && ./build/ex02_gmsh_part [mesh.msh [out.vtu]]
 //   The mesh defaults to examples/data/thick_ring.msh of the source tree (its path is
 //   compiled in, so the program runs from any folder); thick_ring.geo beside it remakes
 //   it with Gmsh (the program measures a, b and h on the mesh, so a refined or resized
 //   ring works as well). The file defaults to thick_ring.vtu in the working folder: open it in
 //   ParaView, colour by "radial displacement" and apply Warp By Vector to "U".
-//   docs/render_ex03.py renders it offscreen to a picture.
+//   docs/render_ex02.py renders it offscreen to a picture.
 //
 // What it prints
 //   The mesh (nodes, tetra10, loaded faces), the resultant of the nodal forces beside
@@ -54,8 +54,8 @@
 
 #include "orvmath1/dense2D.h"
 
-#ifndef ORV_EX03_MESH
-#define ORV_EX03_MESH "examples/data/thick_ring.msh"
+#ifndef ORV_EX02_MESH
+#define ORV_EX02_MESH "examples/data/thick_ring.msh"
 #endif
 
 using namespace orv;
@@ -135,7 +135,7 @@ void face_forces(const dense2D<double>& pos, const unsigned* nodes, const double
 }  // namespace
 
 int main(int argc, char** argv) {
-    const char* msh_path = argc > 1 ? argv[1] : ORV_EX03_MESH;
+    const char* msh_path = argc > 1 ? argv[1] : ORV_EX02_MESH;
     const char* vtu_path = argc > 2 ? argv[2] : "thick_ring.vtu";
 
     // 1. The mesh file: positions, one block per element shape, a node set and an

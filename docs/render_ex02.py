@@ -1,13 +1,13 @@
 #!/usr/bin/python3
-"""Renders the result of examples/ex03_gmsh_part.cpp offscreen to a PNG.
+"""Renders the result of examples/ex02_gmsh_part.cpp offscreen to a PNG.
 
 The quarter ring under internal pressure, deformed by its displacements "U" (magnified),
 coloured by the radial displacement, over the outline of the undeformed ring.
 
 Run by hand, from the repository root, with Debian's VTK and, on a machine without a
 display, a virtual X server (apt-get install python3-vtk9 xvfb):
-    ./build/ex03_gmsh_part examples/data/thick_ring.msh /tmp/thick_ring.vtu
-    xvfb-run -a /usr/bin/python3 docs/render_ex03.py /tmp/thick_ring.vtu docs/ex03_thick_ring.png
+    ./build/ex02_gmsh_part examples/data/thick_ring.msh /tmp/thick_ring.vtu
+    xvfb-run -a /usr/bin/python3 docs/render_ex02.py /tmp/thick_ring.vtu docs/ex02_thick_ring.png
 (/usr/bin/python3: the interpreter Debian's VTK is installed for.)
 """
 import sys
@@ -143,5 +143,5 @@ def main(vtu_path, png_path):
 
 if __name__ == "__main__":
     if len(sys.argv) != 3:
-        sys.exit("usage: render_ex03.py <thick_ring.vtu> <picture.png>")
+        sys.exit("usage: render_ex02.py <thick_ring.vtu> <picture.png>")
     main(sys.argv[1], sys.argv[2])
