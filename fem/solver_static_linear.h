@@ -21,6 +21,7 @@
 
 #include "fem/augmented_lagrange.h"
 #include "fem/conj_gradient.h"
+#include "elements/bad_elements_log.h"
 #include "frame/context_type.h"
 #include "frame/solver_base.h"
 #include "linalg/FEM_matrix_impl.h"
@@ -631,6 +632,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_stiffness(Data& data)
     } else if (given_Kf_) {
         Kf_ = Ptr<factor_type>(data.Kf.engine());
     }
+    if (Ks_built_ || Kf_built_) log_bad_elements(*model_, settings().display_hook, settings().pass_thru);
 }
 
 template <class Types, class Settings, class Data>

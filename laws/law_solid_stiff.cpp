@@ -151,7 +151,7 @@ int law_solid_skyline::init(const vector_fixed<unsigned int, 6>& heights,
     for (unsigned j = 0; j < 6; ++j) {
         if (heights[j] < 1 || heights[j] > j + 1) {
             data_.clear_hard();
-            return law_bad_size;
+            return init_code_ = law_bad_size;
         }
     }
     heights_ = heights;

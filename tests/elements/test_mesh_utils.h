@@ -69,21 +69,20 @@ double det_at(const double (*X)[3], const double* xi) {
            J[2] * (J[3] * J[7] - J[4] * J[6]);
 }
 
-// Builds a patch of n x n x n cubes of lattice size 4 each, every cube split into
-// elements of Shape (hexahedra whole, wedges by two, tetrahedra by six around the
-// main diagonal, pyramids by six around the centre). The cubes have the side h. Node
-// positions are the lattice points scaled by h / 4, each interior one moved by a fixed
-// pseudo-random amount of up to `distortion` times the lattice step, so that the
-// boundary stays the faces of the box (unless `move_boundary`).
+// The cells of an nx x ny x nz box, each of lattice size `step`, every cell whole
+// (hexahedra) or split into elements of Shape (wedges by two, tetrahedra by six
+// around the main diagonal, pyramids by six around the centre), each oriented to a
+// positive Jacobian. Fills keys (lattice coordinates of the nodes, integer for every
+// node of a quadratic shape when step is even, a multiple of 4 for pyramid14) and the
+// connectivity, cells with x fastest; the caller places the nodes in pos.
 template <class Shape>
-test_mesh make_patch(int n, double h, double distortion, bool move_boundary = false) {
+test_mesh make_lattice(int nx, int ny, int nz, int step) {
     using Corner = std::conditional_t<
         Shape::element_type_value >= 22, elfes::hexa8,
         std::conditional_t<Shape::element_type_value >= 19, elfes::wedge6,
                            std::conditional_t<Shape::element_type_value >= 16, elfes::pyramid5, elfes::tetra4>>>;
     constexpr unsigned NC = Corner::nbr_nodes;
     test_mesh m;
-    m.extent = 4 * n;
     std::map<std::array<int, 3>, unsigned> index;
     std::vector<std::vector<unsigned>> elements;
     auto node_of = [&](const std::array<int, 3>& k) {
@@ -128,11 +127,12 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
         }
         ADD_FAILURE() << "element without a positive Jacobian";
     };
-    for (int bz = 0; bz < n; ++bz)
-        for (int by = 0; by < n; ++by)
-            for (int bx = 0; bx < n; ++bx) {
+    for (int bz = 0; bz < nz; ++bz)
+        for (int by = 0; by < ny; ++by)
+            for (int bx = 0; bx < nx; ++bx) {
                 auto P = [&](int x, int y, int z) {
-                    return std::array<double, 3>{double(4 * (bx + x)), double(4 * (by + y)), double(4 * (bz + z))};
+                    return std::array<double, 3>{double(step * (bx + x)), double(step * (by + y)),
+                                                 double(step * (bz + z))};
                 };
                 // hexa8 order
                 const std::array<std::array<double, 3>, 8> h8 = {P(0, 0, 0), P(1, 0, 0), P(1, 1, 0), P(0, 1, 0),
@@ -157,12 +157,26 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
                     }
                 } else {
                     std::array<double, 3> centre = P(0, 0, 0);
-                    for (int d = 0; d < 3; ++d) centre[d] += 2;
+                    for (int d = 0; d < 3; ++d) centre[d] += step / 2;
                     const int faces[6][4] = {{0, 1, 2, 3}, {4, 5, 6, 7}, {0, 1, 5, 4},
                                              {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}};
                     for (auto& f : faces) add_element({h8[f[0]], h8[f[1]], h8[f[2]], h8[f[3]], centre});
                 }
             }
+    m.conn.resize(Shape::nbr_nodes, elements.size());
+    for (std::size_t e = 0; e < elements.size(); ++e)
+        for (unsigned i = 0; i < Shape::nbr_nodes; ++i) m.conn(i, e) = elements[e][i];
+    return m;
+}
+
+// A patch of n x n x n cubes of side h (make_lattice with lattice size 4). Node
+// positions are the lattice points scaled by h / 4, each interior one moved by a
+// fixed pseudo-random amount of up to `distortion` times the lattice step, so that
+// the boundary stays the faces of the box (unless `move_boundary`).
+template <class Shape>
+test_mesh make_patch(int n, double h, double distortion, bool move_boundary = false) {
+    test_mesh m = make_lattice<Shape>(n, n, n, 4);
+    m.extent = 4 * n;
     const unsigned nn = static_cast<unsigned>(m.keys.size());
     m.pos.resize(3, nn);
     for (unsigned i = 0; i < nn; ++i)
@@ -172,9 +186,6 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
             const double jitter = (move_boundary || m.interior(i)) ? distortion * (r * 43758.5453 - std::floor(r * 43758.5453) - 0.5) * 2.0 : 0.0;
             m.pos(d, i) = (m.keys[i][d] + jitter) * h / 4.0;
         }
-    m.conn.resize(Shape::nbr_nodes, elements.size());
-    for (std::size_t e = 0; e < elements.size(); ++e)
-        for (unsigned i = 0; i < Shape::nbr_nodes; ++i) m.conn(i, e) = elements[e][i];
     return m;
 }
 
