@@ -127,26 +127,30 @@ public:
                     for (unsigned k = 0; k < NS; ++k) s += B[k][a] * S[k];
                     f[a] -= w * s;
                 }
-            if (in.projection) {
-                const double v = in.projection_strain ? ps.eps[in.projection_component % NS]
-                                                      : S[in.projection_component % NS];
-                for (unsigned i = 0; i < NN; ++i) in.projection[i] += w * geo.N[i] * v;
-            }
-            if (in.fields) {
-                double* out = in.fields + p * field_width;
-                for (unsigned k = 0; k < NS; ++k) {
-                    out[k] = S[k];
-                    out[NS + k] = ps.eps[k];
+            if (in.projection || in.fields) {
+                double So[NS], Eo[NS];
+                ps.output(So, Eo);
+                if (in.projection) {
+                    const double v = in.projection_strain ? Eo[in.projection_component % NS]
+                                                          : So[in.projection_component % NS];
+                    for (unsigned i = 0; i < NN; ++i) in.projection[i] += w * geo.N[i] * v;
                 }
-                for (unsigned i = 0; i < NN; ++i) out[2 * NS + i] = w * geo.N[i];
+                if (in.fields) {
+                    double* out = in.fields + p * field_width;
+                    for (unsigned k = 0; k < NS; ++k) {
+                        out[k] = So[k];
+                        out[NS + k] = Eo[k];
+                    }
+                    for (unsigned i = 0; i < NN; ++i) out[2 * NS + i] = w * geo.N[i];
+                }
             }
         }
         return 0;
     }
 
     // Stresses and strains at every point of the rule (NS rows each, one column per
-    // point, column-major), in the law's material frame when it has one. Returns 0
-    // or the law's code.
+    // point, column-major), in the law's material frame when it has one, else in the
+    // kinematics' axes. Returns 0 or the law's code.
     int point_values(const stiffness_input& in, const double (*X)[3], const double* u, double* stress,
                      double* strain) const {
         const mesh_material* law = in.physics->material();
@@ -157,10 +161,7 @@ public:
             point_state ps;
             const int rc = evaluate(in, *law, ed, p, X, u, 0u, ps);
             if (rc < 0) return rc;
-            for (unsigned k = 0; k < NS; ++k) {
-                stress[p * NS + k] = ps.S[k];
-                strain[p * NS + k] = ps.eps[k];
-            }
+            ps.output(stress + p * NS, strain + p * NS);
         }
         return 0;
     }
@@ -215,7 +216,23 @@ private:
         double S[NS];
         double e = 0.0;
         bool rotated = false;
+        // whether the rotation is the law's frame (not only a permutation of axes)
+        bool law_frame = false;
         double T[6][6];
+        double eps_axes[NS];  // the strain in the kinematics' axes, when rotated
+        // The point values a host sees: in the law's frame when it has one, else in
+        // the axes of the kinematics (the plane's axes of the planar physics).
+        void output(double* stress, double* strain) const {
+            if (rotated && !law_frame) {
+                global_stress(stress);
+                for (unsigned k = 0; k < NS; ++k) strain[k] = eps_axes[k];
+            } else {
+                for (unsigned k = 0; k < NS; ++k) {
+                    stress[k] = S[k];
+                    strain[k] = eps[k];
+                }
+            }
+        }
         // S in the axes of the kinematics: T^T S when rotated.
         void global_stress(double* Sg) const {
             if (NS != 6 || !rotated) {
@@ -238,8 +255,11 @@ private:
 
     // The law's frame at the point, in the axes of the kinematics; false for the
     // identity.
+    // `has_frame` tells whether the law has a frame (else only the plane's axes are
+    // permuted into the global ones).
     bool frame_at(const stiffness_input& in, const mesh_material& law, const point_geometry<NN>& geo,
-                  const double (*X)[3], double* Q) const {
+                  const double (*X)[3], double* Q, bool& has_frame) const {
+        has_frame = false;
         if constexpr (NS != 6) {
             (void)in, (void)law, (void)geo, (void)X, (void)Q;
             return false;
@@ -247,7 +267,7 @@ private:
             double x[3];
             position(geo, X, x);
             if constexpr (!planar) {
-                return law.material_frame(x, Q);
+                return has_frame = law.material_frame(x, Q);
             } else {
                 unsigned axis[3] = {in.physics->DOF_slot(0) % 3, in.physics->DOF_slot(1) % 3, 0};
                 axis[2] = 3 - axis[0] - axis[1];
@@ -257,7 +277,7 @@ private:
                 double xg[3] = {0, 0, 0}, Qg[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
                 xg[axis[0]] = x[0];
                 xg[axis[1]] = x[1];
-                const bool has_frame = law.material_frame(xg, Qg);
+                has_frame = law.material_frame(xg, Qg);
                 for (unsigned k = 0; k < 3; ++k)
                     for (unsigned m = 0; m < 3; ++m) Q[3 * k + m] = Qg[3 * axis[k] + m];
                 return has_frame || axis[0] != 0 || axis[1] != 1;
@@ -273,8 +293,9 @@ private:
         strain_B(ed, p, ps.geo, u, ps.eps, ps.B, ps.W);
         double Q[9];
         if constexpr (NS == 6) {
-            ps.rotated = frame_at(in, law, ps.geo, X, Q);
+            ps.rotated = frame_at(in, law, ps.geo, X, Q, ps.law_frame);
             if (ps.rotated) {
+                for (unsigned r = 0; r < 6; ++r) ps.eps_axes[r] = ps.eps[r];
                 strain_rotation(Q, ps.T);
                 double e[6];
                 for (unsigned r = 0; r < 6; ++r) {

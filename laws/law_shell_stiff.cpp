@@ -104,48 +104,5 @@ void law_shell_orthotropic::get_alphas(const dense1D<double>& data, double alpha
     plane_thermal_orthotropic(data.data(), alpha);
 }
 
-// --- law_shell_skyline -----------------------------------------------------------
-
-law_shell_skyline::law_shell_skyline() {
-    for (unsigned j = 0; j < 8; ++j) heights_[j] = j + 1;
-}
-
-std::size_t law_shell_skyline::nbr_matrix_values() const {
-    std::size_t n = 0;
-    for (unsigned j = 0; j < 8; ++j) n += heights_[j];
-    return n;
-}
-
-int law_shell_skyline::init(const vector_fixed<unsigned int, 8>& heights, const dense1D<double>& data) {
-    for (unsigned j = 0; j < 8; ++j) {
-        if (heights[j] < 1 || heights[j] > j + 1) {
-            data_.clear_hard();
-            return init_code_ = law_bad_size;
-        }
-    }
-    heights_ = heights;
-    return law_shell_stiff::init(data);
-}
-
-bool law_shell_skyline::check_size(const dense1D<double>& data) const {
-    return data.size() == nbr_matrix_values() + nbr_tail_values;
-}
-
-int law_shell_skyline::fill_D(const dense1D<double>& data, tangent_type& D) const {
-    D.fill(0.0);
-    if (!check_size(data)) return law_bad_size;
-    std::size_t k = 0;
-    for (unsigned j = 0; j < 8; ++j)
-        for (unsigned i = j + 1 - heights_[j]; i <= j; ++i) D(i, j) = data[k++];
-    return law_ok;
-}
-
-void law_shell_skyline::get_alphas(const dense1D<double>& data, double alpha[3]) const {
-    const std::size_t n = nbr_matrix_values();
-    alpha[0] = data[n];
-    alpha[1] = data[n + 1];
-    alpha[2] = data[n + 2];
-}
-
 }  // namespace core
 }  // namespace orv

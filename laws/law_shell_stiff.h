@@ -2,6 +2,7 @@
 #pragma once
 
 #include "laws/law_2d_stiff.h"
+#include "laws/law_skyline.h"
 
 namespace orv {
 namespace core {
@@ -63,26 +64,9 @@ public:
 // other, then 16 values: [0] alpha1, [1] alpha2, [2] alpha12, the thermal strains per
 // degree of the three membrane slots; [3] the thickness; [4] to [15] reserved (kept
 // as given). Full matrix: heights 1 to 8, 36 + 16 = 52 values.
-class law_shell_skyline : public law_shell_stiff {
+class law_shell_skyline : public law_skyline<law_shell_stiff, 8, 16> {
 public:
-    static constexpr std::size_t nbr_tail_values = 16;
-
-    law_shell_skyline();
-    // Sets the heights then the data; -1 for heights out of range (nothing kept).
-    int init(const vector_fixed<unsigned int, 8>& heights, const dense1D<double>& data);
-    using law_shell_stiff::init;
-
-    bool check_size(const dense1D<double>& data) const override;
     std::size_t thickness_index() const override { return nbr_matrix_values() + 3; }
-    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
-    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
-
-    const vector_fixed<unsigned int, 8>& heights() const { return heights_; }
-    // Number of matrix values of the skyline.
-    std::size_t nbr_matrix_values() const;
-
-private:
-    vector_fixed<unsigned int, 8> heights_;
 };
 
 }  // namespace core

@@ -14,6 +14,7 @@
 #include <orv/fem/model_membrane.h>
 #include <orv/fem/model_plane_strain.h>
 
+#include "laws/law_solid_stiff.h"
 #include "tests/elements/test_mesh_utils.h"
 
 namespace orv {
@@ -162,6 +163,38 @@ TEST(membrane_frame, quarter_turned_orthotropic_membrane_equals_swapped_constant
     };
     const element_case quad = make_case("faceQ4 xy", fem::FE_faceQ4, {{0, 0, 0}, {2.2, 0.3, 0}, {2.0, 1.9, 0}, {-0.2, 1.6, 0}});
     for (bool finite : {false, true}) expect_same_element(ctx, {"membrane", finite, membrane, quad}, turned, swapped);
+}
+
+}  // namespace
+}  // namespace test
+}  // namespace orv
+
+namespace orv {
+namespace test {
+namespace {
+
+// A law without a frame is in the global axes, while a plane strain model about x
+// reports its point values in the plane's axes (y, z, x).
+TEST(plane_strain_frame, frameless_law_outputs_stay_in_the_plane_axes) {
+    fem::context ctx;
+    fem::law_solid_orthotropic global(ctx, solid_data(true));
+    fem::model_plane_strain_lin ph(global, 0);
+    const element_case quad = make_case("faceQ4 yz", fem::FE_faceQ4, {{0.3, 0, 0}, {0.3, 2, 0}, {0.3, 2, 1}, {0.3, 0, 1}});
+    fem::numerical_model_stiff_lin model(ctx, ph, quad.conn, quad.type);
+    const double e = 1e-3;
+    core::DOF_vector U = make_U(quad.pos, [&](const double* x, double* u) { u[0] = u[2] = 0.0, u[1] = e * x[1]; });
+    dense2D<double> out;
+    ASSERT_EQ(dynamic_cast<core::stiff_mesh_base*>(model.engine())->get_point_values(0, quad.pos, &U, out), 0);
+    // stresses of the global axes y, z, x in the plane's slots 0, 1, 2
+    core::law_solid_stiff::tangent_type D;
+    ASSERT_EQ(global.engine()->get_D(core::law_key(), D), 0);
+    for (std::size_t p = 0; p < out.cols(); ++p) {
+        EXPECT_NEAR(out(6, p), e, 1e-15);
+        for (int k = 1; k < 6; ++k) EXPECT_NEAR(out(6 + k, p), 0.0, 1e-15);
+        EXPECT_NEAR(out(0, p), D(1, 1) * e, 1e-9);
+        EXPECT_NEAR(out(1, p), D(2, 1) * e, 1e-9);
+        EXPECT_NEAR(out(2, p), D(0, 1) * e, 1e-9);
+    }
 }
 
 }  // namespace

@@ -56,31 +56,37 @@ struct test_mesh {
     }
 };
 
-// Determinant of the Jacobian of a shape at reference point xi for nodes X.
+// Determinant of the Jacobian of a shape at reference point xi for nodes X (in the
+// plane of the first two coordinates for a surface shape).
 template <class Shape>
 double det_at(const double (*X)[3], const double* xi) {
-    double dN[Shape::nbr_nodes][3];
+    constexpr unsigned D = Shape::dim;
+    double dN[Shape::nbr_nodes][D];
     Shape::gradients(xi, dN);
-    double J[9] = {};
+    double J[9] = {0, 0, 0, 0, 0, 0, 0, 0, D == 2 ? 1.0 : 0.0};
     for (unsigned i = 0; i < Shape::nbr_nodes; ++i)
-        for (unsigned a = 0; a < 3; ++a)
-            for (unsigned b = 0; b < 3; ++b) J[3 * a + b] += dN[i][a] * X[i][b];
+        for (unsigned a = 0; a < D; ++a)
+            for (unsigned b = 0; b < D; ++b) J[3 * a + b] += dN[i][a] * X[i][b];
     return J[0] * (J[4] * J[8] - J[5] * J[7]) - J[1] * (J[3] * J[8] - J[5] * J[6]) +
            J[2] * (J[3] * J[7] - J[4] * J[6]);
 }
 
 // The cells of an nx x ny x nz box, each of lattice size `step`, every cell whole
-// (hexahedra) or split into elements of Shape (wedges by two, tetrahedra by six
-// around the main diagonal, pyramids by six around the centre), each oriented to a
-// positive Jacobian. Fills keys (lattice coordinates of the nodes, integer for every
+// (hexahedra, quadrilaterals) or split into elements of Shape (wedges and triangles
+// by two, tetrahedra by six around the main diagonal, pyramids by six around the
+// centre), each oriented to a positive Jacobian. Surface shapes fill the plane z = 0
+// (nz is not used). Fills keys (lattice coordinates of the nodes, integer for every
 // node of a quadratic shape when step is even, a multiple of 4 for pyramid14) and the
 // connectivity, cells with x fastest; the caller places the nodes in pos.
 template <class Shape>
 test_mesh make_lattice(int nx, int ny, int nz, int step) {
+    constexpr bool flat = Shape::dim == 2;
     using Corner = std::conditional_t<
-        Shape::element_type_value >= 22, elfes::hexa8,
-        std::conditional_t<Shape::element_type_value >= 19, elfes::wedge6,
-                           std::conditional_t<Shape::element_type_value >= 16, elfes::pyramid5, elfes::tetra4>>>;
+        flat, std::conditional_t<Shape::element_type_value >= 9, elfes::faceQ4, elfes::faceT3>,
+        std::conditional_t<
+            Shape::element_type_value >= 22, elfes::hexa8,
+            std::conditional_t<Shape::element_type_value >= 19, elfes::wedge6,
+                               std::conditional_t<Shape::element_type_value >= 16, elfes::pyramid5, elfes::tetra4>>>>;
     constexpr unsigned NC = Corner::nbr_nodes;
     test_mesh m;
     std::map<std::array<int, 3>, unsigned> index;
@@ -113,6 +119,7 @@ test_mesh make_lattice(int nx, int ny, int nz, int step) {
             if (NC == 5) centre[0] = centre[1] = 0.0;
             if (NC == 6) centre[0] = centre[1] = 1.0 / 3.0, centre[2] = 0.0;
             if (NC == 8) centre[0] = centre[1] = centre[2] = 0.0;
+            if (flat) centre[0] = centre[1] = NC == 3 ? 1.0 / 3.0 : 0.0, centre[2] = 0.0;
             if (det_at<Shape>(X, centre) > 0) {
                 std::vector<unsigned> e;
                 for (auto& kk : k) e.push_back(node_of(kk));
@@ -120,14 +127,15 @@ test_mesh make_lattice(int nx, int ny, int nz, int step) {
                 return;
             }
             // mirror the element: swap two corners (and their images)
-            if (NC == 4) std::swap(c[0], c[1]);
+            if (flat) std::swap(c[NC == 3 ? 0 : 1], c[NC == 3 ? 1 : 3]);
+            else if (NC == 4) std::swap(c[0], c[1]);
             if (NC == 5) std::swap(c[1], c[3]);
             if (NC == 6) std::swap(c[0], c[1]), std::swap(c[3], c[4]);
             if (NC == 8) std::swap(c[1], c[3]), std::swap(c[5], c[7]);
         }
         ADD_FAILURE() << "element without a positive Jacobian";
     };
-    for (int bz = 0; bz < nz; ++bz)
+    for (int bz = 0; bz < (flat ? 1 : nz); ++bz)
         for (int by = 0; by < ny; ++by)
             for (int bx = 0; bx < nx; ++bx) {
                 auto P = [&](int x, int y, int z) {
@@ -137,12 +145,17 @@ test_mesh make_lattice(int nx, int ny, int nz, int step) {
                 // hexa8 order
                 const std::array<std::array<double, 3>, 8> h8 = {P(0, 0, 0), P(1, 0, 0), P(1, 1, 0), P(0, 1, 0),
                                                                  P(0, 0, 1), P(1, 0, 1), P(1, 1, 1), P(0, 1, 1)};
-                if constexpr (NC == 8) {
+                if constexpr (flat && NC == 4) {
+                    add_element({h8[0], h8[1], h8[2], h8[3]});
+                } else if constexpr (flat) {
+                    add_element({P(1, 0, 0), P(0, 1, 0), P(0, 0, 0)});
+                    add_element({P(1, 1, 0), P(0, 1, 0), P(1, 0, 0)});
+                } else if constexpr (NC == 8) {
                     add_element(h8);
                 } else if constexpr (NC == 6) {
                     add_element({h8[0], h8[1], h8[2], h8[4], h8[5], h8[6]});
                     add_element({h8[0], h8[2], h8[3], h8[4], h8[6], h8[7]});
-                } else if constexpr (NC == 4) {
+                } else if constexpr (NC == 4 && !flat) {
                     const int perm[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
                     for (auto& p : perm) {
                         int b[3] = {0, 0, 0};
