@@ -261,8 +261,10 @@ public:
         return 0;
     }
 
-    // The local frame of a surface or line element at its centre (one axis per
-    // column), else the law's material frame there, else the identity.
+    // The axes of the element's point values (one axis per column): the local frame
+    // of a surface or line element at its centre, else the law's material frame
+    // there, else the axes of a planar physics' plane (x0, x1, third), else the
+    // identity.
     int get_local_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const override {
         if (element >= nbr_elements()) return -102;
         for (unsigned i = 0; i < 3; ++i)
@@ -285,6 +287,17 @@ public:
         for (unsigned i = 0; i < NN; ++i)
             for (unsigned c = 0; c < 3; ++c) x[c] += server_.centre.N[0][i] * X[i][c];
         double Q[9];
+        if constexpr (planar) {
+            // the axes of the plane (x0, x1, third); the frame is asked in the plane
+            // through the origin, as the element kernels do
+            const unsigned axis[3] = {physics_->DOF_slot(0) % 3, physics_->DOF_slot(1) % 3,
+                                      3u - physics_->DOF_slot(0) % 3 - physics_->DOF_slot(1) % 3};
+            if (axis[2] < 3) {
+                x[axis[2]] = 0.0;
+                for (unsigned i = 0; i < 3; ++i)
+                    for (unsigned k = 0; k < 3; ++k) R(i, k) = i == axis[k] ? 1.0 : 0.0;
+            }
+        }
         if (law && law->material_frame(x, Q))
             for (unsigned i = 0; i < 3; ++i)
                 for (unsigned j = 0; j < 3; ++j) R(i, j) = Q[3 * i + j];  // one local axis per column

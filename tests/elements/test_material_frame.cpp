@@ -195,6 +195,12 @@ TEST(plane_strain_frame, frameless_law_outputs_stay_in_the_plane_axes) {
         EXPECT_NEAR(out(1, p), D(2, 1) * e, 1e-9);
         EXPECT_NEAR(out(2, p), D(0, 1) * e, 1e-9);
     }
+    // the basis of those values: the plane's axes y, z, x as columns
+    matrix_fixed<double, 3, 3> R;
+    ASSERT_EQ(model.get_local_basis(quad.pos, 0, R), fem::no_error);
+    const double expected[3][3] = {{0, 0, 1}, {1, 0, 0}, {0, 1, 0}};
+    for (unsigned i = 0; i < 3; ++i)
+        for (unsigned k = 0; k < 3; ++k) EXPECT_EQ(R(i, k), expected[i][k]) << i << k;
 }
 
 }  // namespace
