@@ -171,7 +171,10 @@ int stiff_mesh_base::get_element_basis(const dense2D<double>& pos, std::uint32_t
     for (unsigned i = 0; i < 3; ++i) {
         const unsigned node = connectivity_(i, element);
         if (node >= pos.cols()) return -105;
-        for (unsigned c = 0; c < 3; ++c) x[i][c] = c < pos.rows() ? pos(c, node) : 0.0;
+        for (unsigned c = 0; c < 3; ++c) {
+            x[i][c] = c < pos.rows() ? pos(c, node) : 0.0;
+            if (!std::isfinite(x[i][c])) return -105;
+        }
     }
     const double a[3] = {x[0][0] - x[2][0], x[0][1] - x[2][1], x[0][2] - x[2][2]};
     const double b[3] = {x[1][0] - x[2][0], x[1][1] - x[2][1], x[1][2] - x[2][2]};

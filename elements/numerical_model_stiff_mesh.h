@@ -273,7 +273,10 @@ public:
         for (unsigned i = 0; i < NN; ++i) {
             const unsigned node = connectivity_(i, element);
             if (node >= pos.cols() || pos.rows() < 3) return -105;
-            for (unsigned c = 0; c < 3; ++c) X[i][c] = pos(c, node);
+            for (unsigned c = 0; c < 3; ++c) {
+                X[i][c] = pos(c, node);
+                if (!std::isfinite(X[i][c])) return -105;
+            }
         }
         if constexpr (Kin::element_frame) {
             point_geometry<NN> geo;

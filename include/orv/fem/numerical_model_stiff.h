@@ -31,8 +31,9 @@ constexpr double bad_jacobian_ratio = 1e-8;
 // -104 a shape on which the physics has no model, -105 a connectivity whose row count
 // is not the shape's node count, -199 memory.
 //
-// When its elements are computed, an element with a node past the columns of the
-// positions, or with a coordinate that is NaN or infinite, gives -105.
+// When its elements are computed (matrices, loads, projections, bases), an element
+// with a node past the columns of the positions, or with a coordinate that is NaN or
+// infinite, gives -105.
 class numerical_model_stiff_lin : public numerical_model_base {
 public:
     numerical_model_stiff_lin();
