@@ -30,25 +30,13 @@ struct mechanical_displacement_3d_kinematics {
         solid_geometry(t, p, X, geo);
     }
 
-    // Strain and B rows at a point from the element displacements u (3 per node).
-    // Q (row-major, Q(d, k): component of global direction d along local axis k) is
-    // the material frame of the small-strain form, null for the identity; the
-    // gradients are then taken in the local frame too.
+    // Strain and B rows at a point from the element displacements u (3 per node), in
+    // the global axes (the server turns them into a law's material frame).
     template <unsigned NN>
-    static void strain_B(const point_geometry<NN>& geo, const double* Q, const double* u, double* eps,
-                         double (*B)[3 * NN]) {
+    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps, double (*B)[3 * NN]) {
         double F[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
         double H[9] = {0, 0, 0, 0, 0, 0, 0, 0, 0};
-        double g[NN][3];
-        for (unsigned i = 0; i < NN; ++i)
-            for (unsigned k = 0; k < 3; ++k) g[i][k] = geo.g[i][k];
-        if (!finite && Q) {
-            // gradients in the local frame: g'_k = sum_b Q(b, k) g_b
-            for (unsigned i = 0; i < NN; ++i)
-                for (unsigned k = 0; k < 3; ++k)
-                    g[i][k] = Q[0 * 3 + k] * geo.g[i][0] + Q[1 * 3 + k] * geo.g[i][1] + Q[2 * 3 + k] * geo.g[i][2];
-            for (unsigned k = 0; k < 9; ++k) F[k] = Q[k];
-        }
+        const auto& g = geo.g;
         // H(d, k) = sum_i u_i,d g_i,k
         for (unsigned i = 0; i < NN; ++i)
             for (unsigned d = 0; d < 3; ++d) {
@@ -69,17 +57,12 @@ struct mechanical_displacement_3d_kinematics {
             eps[4] = H[2] + H[6] + G[2];
             eps[5] = H[5] + H[7] + G[5];
         } else {
-            // with a frame, the strain of the local axes: e_kl = sum_d Q(d, k) H(d, l)
-            double L[9];
-            for (unsigned k = 0; k < 3; ++k)
-                for (unsigned l = 0; l < 3; ++l)
-                    L[3 * k + l] = F[0 * 3 + k] * H[0 * 3 + l] + F[1 * 3 + k] * H[1 * 3 + l] + F[2 * 3 + k] * H[2 * 3 + l];
-            eps[0] = L[0];
-            eps[1] = L[4];
-            eps[2] = L[8];
-            eps[3] = L[1] + L[3];
-            eps[4] = L[2] + L[6];
-            eps[5] = L[5] + L[7];
+            eps[0] = H[0];
+            eps[1] = H[4];
+            eps[2] = H[8];
+            eps[3] = H[1] + H[3];
+            eps[4] = H[2] + H[6];
+            eps[5] = H[5] + H[7];
         }
         for (unsigned i = 0; i < NN; ++i) {
             const double a = g[i][0], b = g[i][1], c = g[i][2];

@@ -43,10 +43,10 @@ struct planar_kinematics {
         return axi && geo.r > 0.0 ? 1.0 / geo.r : 0.0;
     }
 
-    // The frame Q of a law is not used by the planar physics: the in-plane axes are
-    // the material axes.
+    // Strains in the axes of the plane (x0, x1, normal or hoop); the server turns
+    // them into a law's material frame.
     template <unsigned NN>
-    static void strain_B(const point_geometry<NN>& geo, const double*, const double* u, double* eps,
+    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps,
                          double (*B)[nbr_dofs * NN]) {
         constexpr unsigned nd = nbr_dofs;
         double H[4] = {0, 0, 0, 0};  // H(d, k) = du_d / dx_k, in-plane

@@ -107,6 +107,26 @@ void planar_geometry(const Table& t, unsigned p, const double (*X)[3], point_geo
     }
 }
 
+
+// The rotation of six-slot strains (E11, E22, E33, 2 E12, 2 E13, 2 E23) into a frame
+// whose axis k has the components Q(d, k) (row-major, one axis per column):
+// e' = T e with e'_kl = sum_df Q(d, k) Q(f, l) e_df, the shears kept doubled. The
+// same T turns B rows (B' = T B) and takes stresses back (s = T^T s'), since the
+// work s . e is the same in both frames.
+inline void strain_rotation(const double* Q, double (*T)[6]) {
+    static const unsigned pair[6][2] = {{0, 0}, {1, 1}, {2, 2}, {0, 1}, {0, 2}, {1, 2}};
+    for (unsigned r = 0; r < 6; ++r) {
+        const unsigned k = pair[r][0], l = pair[r][1];
+        const double out = k == l ? 1.0 : 2.0;
+        for (unsigned c = 0; c < 6; ++c) {
+            const unsigned d = pair[c][0], f = pair[c][1];
+            const double v = d == f ? Q[3 * d + k] * Q[3 * d + l]
+                                    : 0.5 * (Q[3 * d + k] * Q[3 * f + l] + Q[3 * f + k] * Q[3 * d + l]);
+            T[r][c] = out * v;
+        }
+    }
+}
+
 inline bool triad_from(const double* a, const double* b, double (*T)[3]);
 
 // Surface point in 3-D: tangents t1, t2 (rows 0 and 1 of J), the triad of the point

@@ -27,7 +27,21 @@ error_type make_mesh(numerical_model_base& handle, const context& ctx, const phy
     return no_error;
 }
 
+error_type bad_elements_of(const numerical_model_base& handle, dense1D<unsigned int>& elements) {
+    const auto* mesh = dynamic_cast<const core::stiff_mesh_base*>(handle.engine());
+    if (!mesh) return error_data;
+    return mesh->get_bad_elements(elements) ? no_error : error_memory;
+}
+
 }  // namespace
+
+error_type numerical_model_stiff_lin::get_bad_elements(dense1D<unsigned int>& elements) const {
+    return bad_elements_of(*this, elements);
+}
+
+error_type numerical_model_stiff_gnl::get_bad_elements(dense1D<unsigned int>& elements) const {
+    return bad_elements_of(*this, elements);
+}
 
 numerical_model_stiff_lin::numerical_model_stiff_lin() = default;
 numerical_model_stiff_lin::numerical_model_stiff_lin(const context& ctx, const physics_model_base& physics,

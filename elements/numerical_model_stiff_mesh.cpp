@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <new>
 
 #include <orv/fem/error_type.h>
@@ -16,7 +17,90 @@ namespace core {
 
 stiff_mesh_base::stiff_mesh_base(context_type* ctx, const Ptr<physics_model_base>& physics,
                                  const dense2D<unsigned int>& connectivity, fem::element_type type)
-    : numerical_model_base(ctx), physics_(physics), connectivity_(connectivity), type_(type) {}
+    : numerical_model_base(ctx),
+      physics_(physics),
+      connectivity_(connectivity),
+      type_(type),
+      bad_(connectivity.cols(), 0) {}
+
+void stiff_mesh_base::__mark_element(std::uint32_t element, double min_detJ, unsigned nn, const double (*X)[3],
+                                     unsigned dim) {
+    if (element >= bad_.size()) return;
+    double lo[3], hi[3];
+    for (unsigned c = 0; c < 3; ++c) lo[c] = hi[c] = X[0][c];
+    for (unsigned i = 1; i < nn; ++i)
+        for (unsigned c = 0; c < 3; ++c) {
+            lo[c] = std::min(lo[c], X[i][c]);
+            hi[c] = std::max(hi[c], X[i][c]);
+        }
+    double size = 0.0;
+    for (unsigned c = 0; c < 3; ++c) size += (hi[c] - lo[c]) * (hi[c] - lo[c]);
+    size = std::sqrt(size);
+    const double scale = dim == 1 ? size : dim == 2 ? size * size : size * size * size;
+    bad_[element] = !(min_detJ > fem::bad_jacobian_ratio * scale) ? 1 : 0;
+}
+
+// The scratch matrix of the kept fields: width + 2 rows, one column per point; rows
+// width and width + 1 of column 0 hold the element and the model ID.
+namespace {
+constexpr unsigned fields_scratch = 6;
+}
+
+bool stiff_mesh_base::__keep_fields(element_workspace& ws, const double* fields, unsigned width, unsigned np) const {
+    dense2D<double>& m = ws.scratch[fields_scratch];
+    if (!m.resize(width + 2, np)) return false;
+    for (unsigned p = 0; p < np; ++p)
+        for (unsigned k = 0; k < width; ++k) m(k, p) = fields[p * width + k];
+    m(width, 0) = ws.element_ID;
+    m(width + 1, 0) = ID();
+    return true;
+}
+
+bool stiff_mesh_base::__kept_fields(const element_workspace& ws, unsigned width, unsigned np, double* out) const {
+    const dense2D<double>& m = ws.scratch[fields_scratch];
+    if (m.rows() != width + 2 || m.cols() != np || m(width, 0) != ws.element_ID || m(width + 1, 0) != ID())
+        return false;
+    for (unsigned p = 0; p < np; ++p)
+        for (unsigned k = 0; k < width; ++k) out[p * width + k] = m(k, p);
+    return true;
+}
+
+bool stiff_mesh_base::get_bad_elements(dense1D<unsigned int>& list) const {
+    for (std::size_t e = 0; e < bad_.size(); ++e)
+        if (bad_[e] && !list.push_back(static_cast<unsigned int>(e))) return false;
+    return true;
+}
+
+std::uint32_t stiff_mesh_base::nbr_bad_elements() const {
+    std::uint32_t n = 0;
+    for (unsigned char b : bad_) n += b;
+    return n;
+}
+
+std::uint64_t log_bad_elements(numerical_model_base& model, fem::display_hook_type hook, void* pass_thru) {
+    std::vector<Ptr<numerical_model_base>> models;
+    model.collect_simple_models(models);
+    std::uint64_t count = 0;
+    char line[256];
+    for (const Ptr<numerical_model_base>& m : models) {
+        const auto* mesh = dynamic_cast<const stiff_mesh_base*>(m.get());
+        if (!mesh || mesh->nbr_bad_elements() == 0) continue;
+        dense1D<unsigned int> bad;
+        if (!mesh->get_bad_elements(bad)) return count + mesh->nbr_bad_elements();
+        for (std::size_t k = 0; k < bad.size(); ++k, ++count) {
+            if (count >= 10 || !hook) continue;
+            std::snprintf(line, sizeof line,
+                          "  Bad element: model %u, element %u (Jacobian determinant not positive or tiny)\n",
+                          mesh->ID(), bad[k]);
+            hook(pass_thru, 1, line);
+        }
+    }
+    if (count && hook) {
+        std::snprintf(line, sizeof line, "  Nbr bad elements       : %10llu\n", static_cast<unsigned long long>(count));
+        hook(pass_thru, 1, line);
+    }
+    return count;
+}
 
 Ptr<ref_counted> stiff_mesh_base::get_physics_model() const { return Ptr<ref_counted>(physics_.get()); }
 unsigned stiff_mesh_base::get_family_code() const { return physics_ ? physics_->get_family_code() : 0; }
@@ -89,7 +173,10 @@ int stiff_mesh_base::get_element_basis(const dense2D<double>& pos, std::uint32_t
     for (unsigned i = 0; i < 3; ++i) {
         const unsigned node = connectivity_(i, element);
         if (node >= pos.cols()) return -105;
-        for (unsigned c = 0; c < 3; ++c) x[i][c] = c < pos.rows() ? pos(c, node) : 0.0;
+        for (unsigned c = 0; c < 3; ++c) {
+            x[i][c] = c < pos.rows() ? pos(c, node) : 0.0;
+            if (!std::isfinite(x[i][c])) return -105;
+        }
     }
     const double a[3] = {x[0][0] - x[2][0], x[0][1] - x[2][1], x[0][2] - x[2][2]};
     const double b[3] = {x[1][0] - x[2][0], x[1][1] - x[2][1], x[1][2] - x[2][2]};
@@ -130,6 +217,14 @@ int stiff_mesh_base::__prepare(element_workspace& ws, unsigned nn, unsigned nd, 
         ws.reset();
         return -105;
     }
+    // Coordinates that are not finite would poison the element's matrix: refused as
+    // a node without usable coordinates.
+    for (unsigned i = 0; i < nn; ++i)
+        for (unsigned c = 0; c < 3; ++c)
+            if (!std::isfinite((*pos)(c, nodes[i]))) {
+                ws.reset();
+                return -105;
+            }
     const unsigned row0 = planar ? physics_->DOF_slot(0) % 3 : 0;
     const unsigned row1 = planar ? physics_->DOF_slot(1) % 3 : 1;
     for (unsigned i = 0; i < nn; ++i) {

@@ -4,10 +4,14 @@
 // the template numerical_model_stiff_mesh adds the element computations.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <vector>
 
 #include <orv/fem/element_type.h>
+#include <orv/fem/numerical_model_stiff.h>
 
+#include "elements/bad_elements_log.h"
 #include "elements/physics_model_base.h"
 #include "elements/stiffness_server.h"
 #include "model/element_workspace.h"
@@ -46,6 +50,13 @@ public:
     virtual int get_point_values(std::uint32_t element, const dense2D<double>& pos, const DOF_vector* U,
                                  dense2D<double>& out) const = 0;
 
+    // Elements whose Jacobian determinant, at their last stiffness computation, was
+    // at some point not above fem::bad_jacobian_ratio times the element's size (the
+    // diagonal of its nodes' bounding box) to the power of its dimension: appended to
+    // `list` in ascending order. False on memory.
+    bool get_bad_elements(dense1D<unsigned int>& list) const;
+    std::uint32_t nbr_bad_elements() const;
+
 protected:
     // Checks of an element and gathering of its data, shared by the three compute
     // slots. Fills `nodes` (nn entries) and the node coordinates X (in the
@@ -65,10 +76,23 @@ protected:
     std::uint32_t __global_element(std::uint32_t element) const;
     // The nodal matrix of code 9 on the element's node IDs, in ws.sparse.
     int __nodal_matrix(element_workspace& ws, unsigned nn, const unsigned* nodes, const double* M) const;
+    // Records whether the element is bad, from the smallest determinant of its points
+    // and its nodes' coordinates X (nn nodes) in `dim` dimensions. Each element is
+    // computed by one thread at a time, so that the flags need no lock.
+    void __mark_element(std::uint32_t element, double min_detJ, unsigned nn, const double (*X)[3], unsigned dim);
+    // The point fields of the element's last stiffness computation (width values per
+    // point, np points) are kept in the workspace's last scratch matrix, tagged with
+    // the model and element, for a projection that does not recompute them.
+    bool __keep_fields(element_workspace& ws, const double* fields, unsigned width, unsigned np) const;
+    // Copies those fields to `out` when they are the workspace's element's of this
+    // model; false otherwise.
+    bool __kept_fields(const element_workspace& ws, unsigned width, unsigned np, double* out) const;
 
     Ptr<physics_model_base> physics_;
     dense2D<unsigned int> connectivity_;
     fem::element_type type_;
+    // One flag per element: 1 when its last stiffness computation met a bad Jacobian.
+    std::vector<unsigned char> bad_;
 };
 
 template <class Server, class LoadServer>
@@ -79,6 +103,8 @@ public:
     static constexpr unsigned ND = Server::ND;
     static constexpr unsigned NDOF = Server::NDOF;
     static constexpr bool planar = !Kin::surface && Server::shape_type::dim == 2;
+    static constexpr unsigned NP = decltype(Server::table)::nbr_points;
+    static constexpr unsigned FW = Server::field_width;
 
     numerical_model_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                                const dense2D<unsigned int>& connectivity, fem::element_type type)
@@ -110,14 +136,23 @@ public:
         in.want_vector = want_vector;
         in.law_flags = ws.flags[0] ? 1u : 0u;
         in.params = &ws.params;
+        double min_detJ = HUGE_VAL;
+        in.min_detJ = &min_detJ;
+        double fields[FW * NP];
+        in.fields = fields;
         double K[NDOF * NDOF] = {};
         double f[NDOF] = {};
         double energy = 0.0;
         rc = server_.compute(in, X, has_u ? u : nullptr, K, f, energy);
+        __mark_element(ws.element_ID, min_detJ, NN, X, Server::shape_type::dim);
         if (rc) {
             // a law that cannot evaluate the point fails the element
             ws.reset();
             return rc > -100 ? -106 : rc;
+        }
+        if (!__keep_fields(ws, fields, FW, NP)) {
+            ws.reset();
+            return -199;
         }
         if (want_matrix) {
             if (!ws.init_sym()) {
@@ -166,11 +201,18 @@ public:
     // field 0: stresses, 1: strains; component: the slot. The element's right-hand
     // side of the nodal least-squares run, one entry per node (on node IDs). -104 for
     // another field or a slot past the physics' strains.
+    //
+    // With `recompute`, the law is evaluated anew at the workspace's displacements,
+    // with no matrix, no vector and no commit of states (the workspace's levels and
+    // first flag are zeroed for the call and restored). Without it, the point values
+    // that the workspace's last stiffness computation left are projected, when they
+    // are this element's of this model; otherwise they are computed as with it.
     int compute_projection(unsigned field, unsigned component, bool recompute, element_workspace& ws) override {
-        (void)recompute;
         unsigned nodes[NN];
         double X[NN][3];
         unsigned local[NDOF];
+        const int levels[2] = {ws.matrix_level, ws.vector_level};
+        const unsigned char commit = ws.flags[0];
         ws.reset();
         int rc = __prepare(ws, NN, ND, nodes, X, local, planar);
         if (rc) return rc;
@@ -178,22 +220,35 @@ public:
             ws.reset();
             return -104;
         }
-        double u[NDOF];
-        const bool has_u = __gather(ws, NN, ND, nodes, u);
-        stiffness_input in;
-        in.physics = physics_.get();
-        in.element = __global_element(ws.element_ID);
-        in.want_matrix = false;
-        in.params = &ws.params;
         double proj[NN] = {};
-        in.projection = proj;
-        in.projection_component = component;
-        in.projection_strain = field == 1;
-        double energy = 0.0;
-        rc = server_.compute(in, X, has_u ? u : nullptr, nullptr, nullptr, energy);
-        if (rc) {
-            ws.reset();
-            return rc;
+        double kept[FW * NP];
+        if (!recompute && __kept_fields(ws, FW, NP, kept)) {
+            const unsigned slot = (field == 1 ? Server::NS : 0) + component;
+            for (unsigned p = 0; p < NP; ++p)
+                for (unsigned i = 0; i < NN; ++i) proj[i] += kept[p * FW + 2 * Server::NS + i] * kept[p * FW + slot];
+        } else {
+            double u[NDOF];
+            const bool has_u = __gather(ws, NN, ND, nodes, u);
+            ws.matrix_level = ws.vector_level = 0;
+            ws.flags[0] = 0;
+            stiffness_input in;
+            in.physics = physics_.get();
+            in.element = __global_element(ws.element_ID);
+            in.want_matrix = false;
+            in.law_flags = ws.flags[0] ? 1u : 0u;
+            in.params = &ws.params;
+            in.projection = proj;
+            in.projection_component = component;
+            in.projection_strain = field == 1;
+            double energy = 0.0;
+            rc = server_.compute(in, X, has_u ? u : nullptr, nullptr, nullptr, energy);
+            ws.matrix_level = levels[0];
+            ws.vector_level = levels[1];
+            ws.flags[0] = commit;
+            if (rc) {
+                ws.reset();
+                return rc;
+            }
         }
         if (!ws.set_DOFs(nodes, NN) || !ws.init_vector()) {
             ws.reset();
@@ -206,8 +261,10 @@ public:
         return 0;
     }
 
-    // The local frame of a surface or line element at its centre (one axis per
-    // column), else the law's material frame there, else the identity.
+    // The axes of the element's point values (one axis per column): the local frame
+    // of a surface or line element at its centre, else the law's material frame
+    // there, else the axes of a planar physics' plane (x0, x1, third), else the
+    // identity.
     int get_local_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const override {
         if (element >= nbr_elements()) return -102;
         for (unsigned i = 0; i < 3; ++i)
@@ -216,7 +273,10 @@ public:
         for (unsigned i = 0; i < NN; ++i) {
             const unsigned node = connectivity_(i, element);
             if (node >= pos.cols() || pos.rows() < 3) return -105;
-            for (unsigned c = 0; c < 3; ++c) X[i][c] = pos(c, node);
+            for (unsigned c = 0; c < 3; ++c) {
+                X[i][c] = pos(c, node);
+                if (!std::isfinite(X[i][c])) return -105;
+            }
         }
         if constexpr (Kin::element_frame) {
             point_geometry<NN> geo;
@@ -230,6 +290,17 @@ public:
         for (unsigned i = 0; i < NN; ++i)
             for (unsigned c = 0; c < 3; ++c) x[c] += server_.centre.N[0][i] * X[i][c];
         double Q[9];
+        if constexpr (planar) {
+            // the axes of the plane (x0, x1, third); the frame is asked in the plane
+            // through the origin, as the element kernels do
+            const unsigned axis[3] = {physics_->DOF_slot(0) % 3, physics_->DOF_slot(1) % 3,
+                                      3u - physics_->DOF_slot(0) % 3 - physics_->DOF_slot(1) % 3};
+            if (axis[2] < 3) {
+                x[axis[2]] = 0.0;
+                for (unsigned i = 0; i < 3; ++i)
+                    for (unsigned k = 0; k < 3; ++k) R(i, k) = i == axis[k] ? 1.0 : 0.0;
+            }
+        }
         if (law && law->material_frame(x, Q))
             for (unsigned i = 0; i < 3; ++i)
                 for (unsigned j = 0; j < 3; ++j) R(i, j) = Q[3 * i + j];  // one local axis per column

@@ -24,6 +24,7 @@
 
 #include "fem/augmented_lagrange.h"
 #include "fem/conj_gradient.h"
+#include "elements/bad_elements_log.h"
 #include "frame/context_type.h"
 #include "frame/solver_base.h"
 #include "linalg/FEM_matrix_impl.h"

@@ -112,6 +112,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_stiffness(Data& data)
         assemble_Kf(data);
     else if (given_Kf_)
         Kf_ = Ptr<factor_type>(data.Kf.engine());
+    if (Ks_built_ || Kf_built_) log_bad_elements(*model_, settings().display_hook, settings().pass_thru);
     // The element graph, the pattern of Ks and the block profiles have served: the
     // matrices hold their own, and a run that needs a new Kf numbers the system again.
     graph_ptr_.clear_hard();

@@ -42,7 +42,7 @@ bool law_base::pad(dense1D<double>& data, std::size_t n) {
 
 int law_base::init(double value) {
     dense1D<double> d(1, value);
-    if (d.size() != 1) return law_memory;
+    if (d.size() != 1) return init_code_ = law_memory;
     return init(d);
 }
 
@@ -50,16 +50,16 @@ int law_base::init(const dense1D<double>& data) {
     dense1D<double> d;
     if (!d.copy(data) && !data.empty()) {
         data_.clear_hard();
-        return law_memory;
+        return init_code_ = law_memory;
     }
     const int code = normalize(d);
     if (code < 0) {
         data_.clear_hard();
-        return code;
+        return init_code_ = code;
     }
     const bool finite = make_finite(d);
     data_ = d;
-    return finite ? law_ok : law_not_finite;
+    return init_code_ = finite ? law_ok : law_not_finite;
 }
 
 int law_base::normalize(dense1D<double>& data) const {

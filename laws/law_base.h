@@ -59,6 +59,9 @@ public:
     // returned), then replaces any non-finite value by 0 and returns -2 if there was
     // one. 0 on success.
     virtual int init(const dense1D<double>& data);
+    // The result of the last init (0 before any), so that a host that built the law
+    // through a constructor still sees a refused or non-finite value.
+    int get_init_code() const { return init_code_; }
     // The data used at a point: the element's own vector if one is set (for this
     // point, else for all points of the element), else the base vector. A view that
     // shares storage with the law.
@@ -142,6 +145,7 @@ protected:
     static bool pad(dense1D<double>& data, std::size_t n);
 
     dense1D<double> data_;
+    int init_code_ = law_ok;
 
 private:
     struct entry {

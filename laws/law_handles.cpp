@@ -46,6 +46,11 @@ int law_base::init(const dense1D<double>& data) {
     return e ? e->init(data) : core::law_bad_size;
 }
 
+int law_base::get_init_code() const {
+    const core::law_base* e = engine();
+    return e ? e->get_init_code() : core::law_bad_size;
+}
+
 dense1D<double> law_base::get_data() const {
     dense1D<double> d;
     if (const core::law_base* e = engine()) d.copy(e->get_data());
@@ -123,6 +128,7 @@ ORV_FEM_LAW_HANDLE_IMPL(law_membrane_StVenant, law_membrane_stiff)
 ORV_FEM_LAW_HANDLE_IMPL(law_membrane_orthotropic, law_membrane_stiff)
 ORV_FEM_LAW_HANDLE_IMPL(law_shell_StVenant, law_shell_stiff)
 ORV_FEM_LAW_HANDLE_IMPL(law_shell_orthotropic, law_shell_stiff)
+ORV_FEM_LAW_HANDLE_IMPL(law_shell_skyline, law_shell_stiff)
 
 #undef ORV_FEM_LAW_HANDLE_IMPL
 
@@ -163,6 +169,16 @@ law_membrane_StVenant::law_membrane_StVenant(context& ctx, double E, double nu, 
 law_shell_StVenant::law_shell_StVenant(context& ctx, double E, double nu, double alpha,
                                        double thickness) {
     if (create(ctx) == no_error) init(E, nu, alpha, thickness);
+}
+
+law_shell_skyline::law_shell_skyline(context& ctx, const vector_fixed<unsigned int, 8>& heights,
+                                     const dense1D<double>& data) {
+    if (create(ctx) == no_error) init(heights, data);
+}
+
+int law_shell_skyline::init(const vector_fixed<unsigned int, 8>& heights, const dense1D<double>& data) {
+    core::law_shell_skyline* e = engine();
+    return e ? e->init(heights, data) : core::law_bad_size;
 }
 
 int law_rod::init(double E, double area, double alpha) {

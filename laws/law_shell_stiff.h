@@ -2,6 +2,7 @@
 #pragma once
 
 #include "laws/law_2d_stiff.h"
+#include "laws/law_skyline.h"
 
 namespace orv {
 namespace core {
@@ -54,6 +55,18 @@ public:
     std::size_t thickness_index() const override { return 14; }
     int fill_D(const dense1D<double>& data, tangent_type& D) const override;
     void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+};
+
+// A shell stiffness given by the columns of a skyline of the symmetric 8 x 8 matrix D
+// on the generalised strains (in the element's local frame). Column j (0 to 7) holds
+// heights[j] values, 1 <= heights[j] <= j + 1: the terms of rows j - heights[j] + 1
+// to j, top down (the terms above are 0). The data are these columns one after the
+// other, then 16 values: [0] alpha1, [1] alpha2, [2] alpha12, the thermal strains per
+// degree of the three membrane slots; [3] the thickness; [4] to [15] reserved (kept
+// as given). Full matrix: heights 1 to 8, 36 + 16 = 52 values.
+class law_shell_skyline : public law_skyline<law_shell_stiff, 8, 16> {
+public:
+    std::size_t thickness_index() const override { return nbr_matrix_values() + 3; }
 };
 
 }  // namespace core

@@ -134,49 +134,5 @@ void law_solid_orthotropic::get_alphas(const dense1D<double>& data, double alpha
     alpha[2] = data[17];
 }
 
-// --- law_solid_skyline ---------------------------------------------------------
-
-law_solid_skyline::law_solid_skyline() {
-    for (unsigned j = 0; j < 6; ++j) heights_[j] = j + 1;
-}
-
-std::size_t law_solid_skyline::nbr_matrix_values() const {
-    std::size_t n = 0;
-    for (unsigned j = 0; j < 6; ++j) n += heights_[j];
-    return n;
-}
-
-int law_solid_skyline::init(const vector_fixed<unsigned int, 6>& heights,
-                            const dense1D<double>& data) {
-    for (unsigned j = 0; j < 6; ++j) {
-        if (heights[j] < 1 || heights[j] > j + 1) {
-            data_.clear_hard();
-            return law_bad_size;
-        }
-    }
-    heights_ = heights;
-    return law_solid_stiff::init(data);
-}
-
-bool law_solid_skyline::check_size(const dense1D<double>& data) const {
-    return data.size() == nbr_matrix_values() + 3;
-}
-
-int law_solid_skyline::fill_D(const dense1D<double>& data, tangent_type& D) const {
-    D.fill(0.0);
-    if (!check_size(data)) return law_bad_size;
-    std::size_t k = 0;
-    for (unsigned j = 0; j < 6; ++j)
-        for (unsigned i = j + 1 - heights_[j]; i <= j; ++i) D(i, j) = data[k++];
-    return law_ok;
-}
-
-void law_solid_skyline::get_alphas(const dense1D<double>& data, double alpha[3]) const {
-    const std::size_t n = nbr_matrix_values();
-    alpha[0] = data[n];
-    alpha[1] = data[n + 1];
-    alpha[2] = data[n + 2];
-}
-
 }  // namespace core
 }  // namespace orv

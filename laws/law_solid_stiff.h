@@ -3,6 +3,7 @@
 
 #include "laws/law_base.h"
 #include "laws/law_elastic_kernels.h"
+#include "laws/law_skyline.h"
 #include "orvmath1/matrix_fixed.h"
 #include "orvmath1/symmetric_fixed.h"
 #include "orvmath1/vector_fixed.h"
@@ -103,24 +104,7 @@ private:
 // heights[j] + 1 to j, top down; the terms above them are 0. The data vector is these
 // columns one after the other, then alpha1, alpha2, alpha3: sum(heights) + 3 values.
 // The full matrix has heights 1, 2, 3, 4, 5, 6 and 24 values.
-class law_solid_skyline : public law_solid_stiff {
-public:
-    law_solid_skyline();
-    // Sets the heights then the data; -1 for heights out of range (nothing kept).
-    int init(const vector_fixed<unsigned int, 6>& heights, const dense1D<double>& data);
-    using law_solid_stiff::init;
-
-    bool check_size(const dense1D<double>& data) const override;
-    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
-    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
-
-    const vector_fixed<unsigned int, 6>& heights() const { return heights_; }
-    // Number of matrix values of the skyline.
-    std::size_t nbr_matrix_values() const;
-
-private:
-    vector_fixed<unsigned int, 6> heights_;
-};
+class law_solid_skyline : public law_skyline<law_solid_stiff, 6, 3> {};
 
 // Isotropic elasticity of a solid: lambda' = nu E / ((1 - 2 nu)(1 + nu)) and mu = E
 // / (2 nu + 2) on D. -1 (D zero) when nu is exactly -1 or 0.5.

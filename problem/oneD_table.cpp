@@ -1,13 +1,15 @@
 // One-variable table.
 #include "problem/oneD_table.h"
 
+#include <cmath>
+
 #include "problem/evolution_func.h"
 
 namespace orv {
 namespace fem {
 
 oneD_table::oneD_table(double c) {
-    if (!x_.resize(1, 0.0) || !y_.resize(1, c)) {
+    if (!std::isfinite(c) || !x_.resize(1, 0.0) || !y_.resize(1, c)) {
         x_.clear_hard();
         y_.clear_hard();
     }
@@ -15,7 +17,21 @@ oneD_table::oneD_table(double c) {
 
 oneD_table::oneD_table(const dense1D<double>& x, const dense1D<double>& y) { init(x, y); }
 
+namespace {
+bool all_finite(const dense1D<double>& v) {
+    for (std::size_t i = 0; i < v.size(); ++i)
+        if (!std::isfinite(v[i])) return false;
+    return true;
+}
+}  // namespace
+
 bool oneD_table::init(const dense1D<double>& x, const dense1D<double>& y) {
+    // A NaN or an infinity would spread into every reading of the table.
+    if (!all_finite(x) || !all_finite(y)) {
+        x_.clear_hard();
+        y_.clear_hard();
+        return false;
+    }
     // Fresh storage, so that the table never shares with the caller's lists.
     dense1D<double> nx, ny;
     if (!nx.copy(x) || !ny.copy(y)) {

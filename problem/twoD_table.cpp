@@ -165,6 +165,14 @@ bool twoD_table::init(const dense1D<double>& x, const dense1D<double>& y,
     clear();
     if (z.rows() != x.size() || z.cols() != y.size()) return false;
     if (!non_decreasing(x) || !non_decreasing(y)) return false;
+    // Infinite abscissas and non-finite values would spread into every reading.
+    for (std::size_t i = 0; i < x.size(); ++i)
+        if (!std::isfinite(x[i])) return false;
+    for (std::size_t j = 0; j < y.size(); ++j)
+        if (!std::isfinite(y[j])) return false;
+    for (std::size_t j = 0; j < z.cols(); ++j)
+        for (std::size_t i = 0; i < z.rows(); ++i)
+            if (!std::isfinite(z(i, j))) return false;
     dense1D<double> nx, ny;
     dense2D<double> nz;
     if (!nx.copy(x) || !ny.copy(y) || !nz.resize(z.rows(), z.cols())) return false;

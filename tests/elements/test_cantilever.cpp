@@ -31,80 +31,10 @@ struct beam {
     double timoshenko() const { return bending() + shear(); }
 };
 
-// A box of nx x ny x nz cells, each cell whole (hexahedra) or split as in
-// make_patch (wedges by two, tetrahedra by six around the main diagonal). Lattice
-// keys count half cells, so that every node of a quadratic shape has integer keys.
+// The beam as a box of nx x ny x nz cells (make_lattice, lattice size 2).
 template <class Shape>
 test_mesh box_mesh(const beam& B, int nx, int ny, int nz) {
-    using Corner = std::conditional_t<Shape::element_type_value >= 22, elfes::hexa8,
-                                      std::conditional_t<Shape::element_type_value >= 19, elfes::wedge6, elfes::tetra4>>;
-    constexpr unsigned NC = Corner::nbr_nodes;
-    test_mesh m;
-    std::map<std::array<int, 3>, unsigned> index;
-    std::vector<std::array<unsigned, Shape::nbr_nodes>> elements;
-    auto add_element = [&](std::array<std::array<int, 3>, NC> c) {
-        for (int attempt = 0; attempt < 2; ++attempt) {
-            std::array<std::array<int, 3>, Shape::nbr_nodes> k;
-            double X[Shape::nbr_nodes][3];
-            for (unsigned i = 0; i < Shape::nbr_nodes; ++i) {
-                double xi[3] = {0, 0, 0}, N[NC];
-                Shape::node_position(i, xi);
-                Corner::values(xi, N);
-                for (int d = 0; d < 3; ++d) {
-                    double v = 0;
-                    for (unsigned j = 0; j < NC; ++j) v += N[j] * c[j][d];
-                    k[i][d] = static_cast<int>(std::lround(v));
-                    X[i][d] = v;
-                }
-            }
-            double centre[3] = {0.25, 0.25, 0.25};
-            if (NC == 6) centre[0] = centre[1] = 1.0 / 3.0, centre[2] = 0.0;
-            if (NC == 8) centre[0] = centre[1] = centre[2] = 0.0;
-            if (det_at<Shape>(X, centre) > 0) {
-                std::array<unsigned, Shape::nbr_nodes> e;
-                for (unsigned i = 0; i < Shape::nbr_nodes; ++i) {
-                    auto it = index.find(k[i]);
-                    if (it == index.end()) {
-                        it = index.emplace(k[i], static_cast<unsigned>(m.keys.size())).first;
-                        m.keys.push_back(k[i]);
-                    }
-                    e[i] = it->second;
-                }
-                elements.push_back(e);
-                return;
-            }
-            if (NC == 4) std::swap(c[0], c[1]);
-            if (NC == 6) std::swap(c[0], c[1]), std::swap(c[3], c[4]);
-            if (NC == 8) std::swap(c[1], c[3]), std::swap(c[5], c[7]);
-        }
-        ADD_FAILURE() << "element without a positive Jacobian";
-    };
-    for (int bx = 0; bx < nx; ++bx)
-        for (int by = 0; by < ny; ++by)
-            for (int bz = 0; bz < nz; ++bz) {
-                auto P = [&](int x, int y, int z) { return std::array<int, 3>{2 * (bx + x), 2 * (by + y), 2 * (bz + z)}; };
-                const std::array<std::array<int, 3>, 8> h8 = {P(0, 0, 0), P(1, 0, 0), P(1, 1, 0), P(0, 1, 0),
-                                                              P(0, 0, 1), P(1, 0, 1), P(1, 1, 1), P(0, 1, 1)};
-                if constexpr (NC == 8) {
-                    add_element(h8);
-                } else if constexpr (NC == 6) {
-                    add_element({h8[0], h8[1], h8[2], h8[4], h8[5], h8[6]});
-                    add_element({h8[0], h8[2], h8[3], h8[4], h8[6], h8[7]});
-                } else {
-                    const int perm[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
-                    for (auto& p : perm) {
-                        int s[3] = {0, 0, 0};
-                        std::array<std::array<int, 3>, 4> c;
-                        c[0] = P(0, 0, 0);
-                        s[p[0]] = 1;
-                        c[1] = P(s[0], s[1], s[2]);
-                        s[p[1]] = 1;
-                        c[2] = P(s[0], s[1], s[2]);
-                        c[3] = P(1, 1, 1);
-                        add_element(c);
-                    }
-                }
-            }
+    test_mesh m = make_lattice<Shape>(nx, ny, nz, 2);
     m.extent = 2 * nx;
     const unsigned nn = static_cast<unsigned>(m.keys.size());
     m.pos.resize(3, nn);
@@ -113,9 +43,6 @@ test_mesh box_mesh(const beam& B, int nx, int ny, int nz) {
         m.pos(1, i) = B.b * (m.keys[i][1] / (2.0 * ny) - 0.5);
         m.pos(2, i) = B.h * (m.keys[i][2] / (2.0 * nz) - 0.5);
     }
-    m.conn.resize(Shape::nbr_nodes, elements.size());
-    for (std::size_t e = 0; e < elements.size(); ++e)
-        for (unsigned i = 0; i < Shape::nbr_nodes; ++i) m.conn(i, e) = elements[e][i];
     return m;
 }
 

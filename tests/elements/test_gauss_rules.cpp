@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <array>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "elements/local_points_set.h"
 #include "reference_domains.h"
@@ -54,20 +57,51 @@ double sum_weights(unsigned size, const std::function<local_point(unsigned)>& po
 
 }  // namespace
 
-TEST(gauss_edge, measure_degree_and_identifiers) {
-    for (unsigned n = 1; n <= 6; ++n) {
-        auto at = [n](unsigned i) { return Gauss_edge::point(n, i); };
-        EXPECT_NEAR(sum_weights(n, at), 2.0, 2e-15) << n;
-        expect_degree(n, 1, 2 * n - 1, at,
-                      [](unsigned a, unsigned, unsigned) { return edge_integral(a); }, "edge");
-        for (unsigned i = 0; i < n; ++i) EXPECT_EQ(at(i).ID, 100 + i);
+// The rules of one family: measure, exactness degree, flat start and identifiers.
+struct rule_family {
+    const char* name;
+    unsigned dim, ID_base;
+    double measure;
+    std::vector<std::array<unsigned, 3>> rules;  // size, degree, start
+    local_point (*point)(unsigned n, unsigned i);
+    unsigned (*start)(unsigned n);
+    bool (*is_rule)(unsigned n);
+    double (*exact)(unsigned a, unsigned b, unsigned c);
+};
+
+class gauss_family : public ::testing::TestWithParam<rule_family> {};
+
+TEST_P(gauss_family, measure_degree_start_and_identifiers) {
+    const rule_family& f = GetParam();
+    for (const auto& r : f.rules) {
+        const unsigned n = r[0];
+        auto at = [&](unsigned i) { return f.point(n, i); };
+        EXPECT_TRUE(f.is_rule(n)) << f.name << n;
+        EXPECT_EQ(f.start(n), r[2]) << f.name << n;
+        EXPECT_NEAR(sum_weights(n, at), f.measure, 4e-15) << f.name << n;
+        expect_degree(n, f.dim, r[1], at, f.exact, f.name);
+        for (unsigned i = 0; i < n; ++i) EXPECT_EQ(at(i).ID, f.ID_base + i) << f.name << n;
     }
 }
 
+INSTANTIATE_TEST_SUITE_P(
+    rules, gauss_family,
+    ::testing::Values(
+        rule_family{"edge", 1, 100, 2.0, {{1, 1, 0}, {2, 3, 1}, {3, 5, 3}, {4, 7, 6}, {5, 9, 10}, {6, 11, 15}},
+                    &Gauss_edge::point, &Gauss_edge::start, &Gauss_edge::is_rule,
+                    [](unsigned a, unsigned, unsigned) { return edge_integral(a); }},
+        rule_family{"triangle", 2, 200, 0.5, {{1, 1, 0}, {3, 2, 1}, {4, 3, 4}, {6, 4, 8}, {7, 5, 14}},
+                    &Gauss_faceT::point, &Gauss_faceT::start, &Gauss_faceT::is_rule,
+                    [](unsigned a, unsigned b, unsigned) { return triangle_integral(a, b); }},
+        rule_family{"tetra", 3, 400, 1.0 / 6.0, {{1, 1, 0}, {4, 2, 1}, {5, 3, 5}, {11, 4, 10}},
+                    &Gauss_tetra::point, &Gauss_tetra::start, &Gauss_tetra::is_rule,
+                    [](unsigned a, unsigned b, unsigned c) { return tetra_integral(a, b, c); }},
+        rule_family{"pyramid", 3, 500, 4.0 / 3.0, {{1, 1, 0}, {8, 3, 1}, {27, 5, 9}},
+                    &Gauss_pyramid::point, &Gauss_pyramid::start, &Gauss_pyramid::is_rule,
+                    [](unsigned a, unsigned b, unsigned c) { return pyramid_integral(a, b, c); }}),
+    [](const ::testing::TestParamInfo<rule_family>& info) { return std::string(info.param.name); });
+
 TEST(gauss_edge, flat_table_order_centre_first_then_pairs) {
-    EXPECT_EQ(Gauss_edge::start(1), 0u);
-    EXPECT_EQ(Gauss_edge::start(4), 6u);
-    EXPECT_EQ(Gauss_edge::start(6), 15u);
     EXPECT_EQ(Gauss_edge::point(3, 0).coord[0], 0.0);
     EXPECT_EQ(Gauss_edge::point(3, 1).coord[0], -0.774596669241483);
     EXPECT_EQ(Gauss_edge::point(3, 2).coord[0], 0.774596669241483);
@@ -83,19 +117,10 @@ TEST(gauss_edge, flat_table_order_centre_first_then_pairs) {
                       std::fabs(Gauss_edge::point(n, i).coord[0]) + 1e-15);
 }
 
-TEST(gauss_faceT, measure_degree_and_identifiers) {
-    const unsigned sizes[5] = {1, 3, 4, 6, 7}, degrees[5] = {1, 2, 3, 4, 5}, starts[5] = {0, 1, 4, 8, 14};
-    for (unsigned r = 0; r < 5; ++r) {
-        const unsigned n = sizes[r];
+TEST(gauss_faceT, points_inside_and_printed_constants) {
+    for (unsigned n : {1u, 3u, 4u, 6u, 7u}) {
         auto at = [n](unsigned i) { return Gauss_faceT::point(n, i); };
-        EXPECT_TRUE(Gauss_faceT::is_rule(n));
-        EXPECT_EQ(Gauss_faceT::start(n), starts[r]);
-        EXPECT_NEAR(sum_weights(n, at), 0.5, 2e-15) << n;
-        expect_degree(n, 2, degrees[r], at,
-                      [](unsigned a, unsigned b, unsigned) { return triangle_integral(a, b); },
-                      "triangle");
         for (unsigned i = 0; i < n; ++i) {
-            EXPECT_EQ(at(i).ID, 200 + i);
             EXPECT_GE(at(i).coord[0], 0.0);
             EXPECT_GE(at(i).coord[1], 0.0);
             EXPECT_LE(at(i).coord[0] + at(i).coord[1], 1.0);
@@ -111,36 +136,14 @@ TEST(gauss_faceT, measure_degree_and_identifiers) {
     EXPECT_EQ(Gauss_faceT::point(7, 6).coord[1], 0.797426985353088);
 }
 
-TEST(gauss_tetra, measure_degree_and_identifiers) {
-    const unsigned sizes[4] = {1, 4, 5, 11}, degrees[4] = {1, 2, 3, 4}, starts[4] = {0, 1, 5, 10};
-    for (unsigned r = 0; r < 4; ++r) {
-        const unsigned n = sizes[r];
-        auto at = [n](unsigned i) { return Gauss_tetra::point(n, i); };
-        EXPECT_EQ(Gauss_tetra::start(n), starts[r]);
-        EXPECT_NEAR(sum_weights(n, at), 1.0 / 6.0, 2e-15) << n;
-        expect_degree(n, 3, degrees[r], at,
-                      [](unsigned a, unsigned b, unsigned c) { return tetra_integral(a, b, c); },
-                      "tetra");
-        for (unsigned i = 0; i < n; ++i) EXPECT_EQ(at(i).ID, 400 + i);
-    }
+TEST(gauss_tetra, negative_first_weights) {
     EXPECT_LT(Gauss_tetra::point(5, 0).weight, 0.0);
     EXPECT_LT(Gauss_tetra::point(11, 0).weight, 0.0);
     EXPECT_DOUBLE_EQ(Gauss_tetra::point(5, 0).weight, -0.8 / 6.0);
     EXPECT_FALSE(Gauss_tetra::is_rule(6));
 }
 
-TEST(gauss_pyramid, measure_degree_and_identifiers) {
-    const unsigned sizes[3] = {1, 8, 27}, degrees[3] = {1, 3, 5}, starts[3] = {0, 1, 9};
-    for (unsigned r = 0; r < 3; ++r) {
-        const unsigned n = sizes[r];
-        auto at = [n](unsigned i) { return Gauss_pyramid::point(n, i); };
-        EXPECT_EQ(Gauss_pyramid::start(n), starts[r]);
-        EXPECT_NEAR(sum_weights(n, at), 4.0 / 3.0, 4e-15) << n;
-        expect_degree(n, 3, degrees[r], at,
-                      [](unsigned a, unsigned b, unsigned c) { return pyramid_integral(a, b, c); },
-                      "pyramid");
-        for (unsigned i = 0; i < n; ++i) EXPECT_EQ(at(i).ID, 500 + i);
-    }
+TEST(gauss_pyramid, layer_order_and_printed_constants) {
     // layers: xi fastest, minus first
     const local_point p1 = Gauss_pyramid::point(8, 1), p2 = Gauss_pyramid::point(8, 2);
     EXPECT_EQ(p1.coord[0], 0.506616303349787);

@@ -22,83 +22,24 @@ namespace orv {
 namespace test {
 namespace {
 
-// A patch of n x n squares of side h (lattice 2 per side) in the plane of the first
-// two coordinates, from `origin`, split into Shape (quadrilaterals whole, triangles by
-// two); interior lattice points moved by up to `distortion` lattice steps. The third
-// row of pos is 0.
+// A patch of n x n squares of side h (make_lattice, lattice 2 per side) in the plane
+// of the first two coordinates, from `origin`; interior lattice points moved by up to
+// `distortion` lattice steps. The third row of pos is origin[2].
 template <class Shape>
 test_mesh make_patch_2d(int n, double h, double distortion, const double* origin) {
-    using Corner = std::conditional_t<Shape::element_type_value >= 9, elfes::faceQ4, elfes::faceT3>;
-    constexpr unsigned NC = Corner::nbr_nodes;
-    test_mesh m;
+    test_mesh m = make_lattice<Shape>(n, n, 1, 2);
     m.extent = 2 * n;
-    std::map<std::array<int, 3>, unsigned> index;
-    std::vector<std::vector<unsigned>> elements;
-    auto node_of = [&](const std::array<int, 3>& k) {
-        auto it = index.find(k);
-        if (it != index.end()) return it->second;
-        const unsigned id = static_cast<unsigned>(m.keys.size());
-        index[k] = id;
-        m.keys.push_back(k);
-        return id;
-    };
-    auto add = [&](std::array<std::array<double, 2>, NC> c) {
-        for (int attempt = 0; attempt < 2; ++attempt) {
-            std::vector<std::array<int, 3>> k(Shape::nbr_nodes);
-            double J[4] = {0, 0, 0, 0};
-            for (unsigned i = 0; i < Shape::nbr_nodes; ++i) {
-                double xi[3] = {0, 0, 0}, N[NC];
-                Shape::node_position(i, xi);
-                Corner::values(xi, N);
-                for (int d = 0; d < 2; ++d) {
-                    double v = 0;
-                    for (unsigned j = 0; j < NC; ++j) v += N[j] * c[j][d];
-                    k[i][d] = static_cast<int>(std::lround(v));
-                }
-                k[i][2] = 0;
-            }
-            double xi[3] = {NC == 3 ? 1.0 / 3 : 0.0, NC == 3 ? 1.0 / 3 : 0.0, 0.0};
-            double dN[NC][2];
-            Corner::gradients(xi, dN);
-            for (unsigned j = 0; j < NC; ++j)
-                for (int a = 0; a < 2; ++a)
-                    for (int b = 0; b < 2; ++b) J[2 * a + b] += dN[j][a] * c[j][b];
-            if (J[0] * J[3] - J[1] * J[2] > 0) {
-                std::vector<unsigned> e;
-                for (auto& kk : k) e.push_back(node_of(kk));
-                elements.push_back(e);
-                return;
-            }
-            if (NC == 3) std::swap(c[0], c[1]);
-            else std::swap(c[1], c[3]);
-        }
-        ADD_FAILURE() << "element without a positive Jacobian";
-    };
-    for (int by = 0; by < n; ++by)
-        for (int bx = 0; bx < n; ++bx) {
-            auto P = [&](int x, int y) { return std::array<double, 2>{double(2 * (bx + x)), double(2 * (by + y))}; };
-            if constexpr (NC == 4) add({P(0, 0), P(1, 0), P(1, 1), P(0, 1)});
-            else {
-                add({P(1, 0), P(0, 1), P(0, 0)});
-                add({P(1, 1), P(0, 1), P(1, 0)});
-            }
-        }
     const unsigned nn = static_cast<unsigned>(m.keys.size());
     m.pos.resize(3, nn);
-    auto interior2 = [&](unsigned i) {
-        return m.keys[i][0] > 0 && m.keys[i][0] < m.extent && m.keys[i][1] > 0 && m.keys[i][1] < m.extent;
-    };
     for (unsigned i = 0; i < nn; ++i) {
+        const bool interior = m.keys[i][0] > 0 && m.keys[i][0] < m.extent && m.keys[i][1] > 0 && m.keys[i][1] < m.extent;
         for (int d = 0; d < 2; ++d) {
             const double r = std::sin(12.9898 * m.keys[i][0] + 78.233 * m.keys[i][1] + 11.0 * d);
-            const double jitter = interior2(i) ? distortion * (r * 43758.5453 - std::floor(r * 43758.5453) - 0.5) * 2 : 0.0;
+            const double jitter = interior ? distortion * (r * 43758.5453 - std::floor(r * 43758.5453) - 0.5) * 2 : 0.0;
             m.pos(d, i) = origin[d] + (m.keys[i][d] + jitter) * h / 2.0;
         }
         m.pos(2, i) = origin[2];
     }
-    m.conn.resize(Shape::nbr_nodes, elements.size());
-    for (std::size_t e = 0; e < elements.size(); ++e)
-        for (unsigned i = 0; i < Shape::nbr_nodes; ++i) m.conn(i, e) = elements[e][i];
     return m;
 }
 

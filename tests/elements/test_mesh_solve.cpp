@@ -16,8 +16,10 @@ namespace orv {
 namespace test {
 namespace {
 
+// block_face: the pulled face is also blocked in the DOF table, which must not change
+// the result: a prescribed value counts on a blocked DOF.
 template <class Shape>
-void uniaxial_block(unsigned threads) {
+void uniaxial_block(unsigned threads, bool block_face = false) {
     const double E = 200.0, nu = 0.3, d = 0.01;
     fem::context ctx;
     ctx.set_max_threads(threads);
@@ -31,7 +33,7 @@ void uniaxial_block(unsigned threads) {
     fem::DOFs_mgr DOFs(nn, true);
     for (unsigned node = 0; node < nn; ++node)
         for (unsigned c = 0; c < 3; ++c)
-            if (m.keys[node][c] == 0) {
+            if (m.keys[node][c] == 0 || (block_face && c == 0 && m.keys[node][0] == m.extent)) {
                 ASSERT_EQ(DOFs.set(node * 9 + c, false), fem::no_error);
             }
     dense2D<double> pos;
@@ -69,6 +71,7 @@ void uniaxial_block(unsigned threads) {
 TEST(mesh_solve, uniaxial_block_hexa8) { uniaxial_block<elfes::hexa8>(1); }
 TEST(mesh_solve, uniaxial_block_tetra10_two_threads) { uniaxial_block<elfes::tetra10>(2); }
 TEST(mesh_solve, uniaxial_block_pyramid5) { uniaxial_block<elfes::pyramid5>(1); }
+TEST(mesh_solve, uniaxial_block_prescribed_on_blocked_DOFs) { uniaxial_block<elfes::hexa8>(1, true); }
 
 }  // namespace
 }  // namespace test

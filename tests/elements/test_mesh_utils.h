@@ -56,34 +56,39 @@ struct test_mesh {
     }
 };
 
-// Determinant of the Jacobian of a shape at reference point xi for nodes X.
+// Determinant of the Jacobian of a shape at reference point xi for nodes X (in the
+// plane of the first two coordinates for a surface shape).
 template <class Shape>
 double det_at(const double (*X)[3], const double* xi) {
-    double dN[Shape::nbr_nodes][3];
+    constexpr unsigned D = Shape::dim;
+    double dN[Shape::nbr_nodes][D];
     Shape::gradients(xi, dN);
-    double J[9] = {};
+    double J[9] = {0, 0, 0, 0, 0, 0, 0, 0, D == 2 ? 1.0 : 0.0};
     for (unsigned i = 0; i < Shape::nbr_nodes; ++i)
-        for (unsigned a = 0; a < 3; ++a)
-            for (unsigned b = 0; b < 3; ++b) J[3 * a + b] += dN[i][a] * X[i][b];
+        for (unsigned a = 0; a < D; ++a)
+            for (unsigned b = 0; b < D; ++b) J[3 * a + b] += dN[i][a] * X[i][b];
     return J[0] * (J[4] * J[8] - J[5] * J[7]) - J[1] * (J[3] * J[8] - J[5] * J[6]) +
            J[2] * (J[3] * J[7] - J[4] * J[6]);
 }
 
-// Builds a patch of n x n x n cubes of lattice size 4 each, every cube split into
-// elements of Shape (hexahedra whole, wedges by two, tetrahedra by six around the
-// main diagonal, pyramids by six around the centre). The cubes have the side h. Node
-// positions are the lattice points scaled by h / 4, each interior one moved by a fixed
-// pseudo-random amount of up to `distortion` times the lattice step, so that the
-// boundary stays the faces of the box (unless `move_boundary`).
+// The cells of an nx x ny x nz box, each of lattice size `step`, every cell whole
+// (hexahedra, quadrilaterals) or split into elements of Shape (wedges and triangles
+// by two, tetrahedra by six around the main diagonal, pyramids by six around the
+// centre), each oriented to a positive Jacobian. Surface shapes fill the plane z = 0
+// (nz is not used). Fills keys (lattice coordinates of the nodes, integer for every
+// node of a quadratic shape when step is even, a multiple of 4 for pyramid14) and the
+// connectivity, cells with x fastest; the caller places the nodes in pos.
 template <class Shape>
-test_mesh make_patch(int n, double h, double distortion, bool move_boundary = false) {
+test_mesh make_lattice(int nx, int ny, int nz, int step) {
+    constexpr bool flat = Shape::dim == 2;
     using Corner = std::conditional_t<
-        Shape::element_type_value >= 22, elfes::hexa8,
-        std::conditional_t<Shape::element_type_value >= 19, elfes::wedge6,
-                           std::conditional_t<Shape::element_type_value >= 16, elfes::pyramid5, elfes::tetra4>>>;
+        flat, std::conditional_t<Shape::element_type_value >= 9, elfes::faceQ4, elfes::faceT3>,
+        std::conditional_t<
+            Shape::element_type_value >= 22, elfes::hexa8,
+            std::conditional_t<Shape::element_type_value >= 19, elfes::wedge6,
+                               std::conditional_t<Shape::element_type_value >= 16, elfes::pyramid5, elfes::tetra4>>>>;
     constexpr unsigned NC = Corner::nbr_nodes;
     test_mesh m;
-    m.extent = 4 * n;
     std::map<std::array<int, 3>, unsigned> index;
     std::vector<std::vector<unsigned>> elements;
     auto node_of = [&](const std::array<int, 3>& k) {
@@ -114,6 +119,7 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
             if (NC == 5) centre[0] = centre[1] = 0.0;
             if (NC == 6) centre[0] = centre[1] = 1.0 / 3.0, centre[2] = 0.0;
             if (NC == 8) centre[0] = centre[1] = centre[2] = 0.0;
+            if (flat) centre[0] = centre[1] = NC == 3 ? 1.0 / 3.0 : 0.0, centre[2] = 0.0;
             if (det_at<Shape>(X, centre) > 0) {
                 std::vector<unsigned> e;
                 for (auto& kk : k) e.push_back(node_of(kk));
@@ -121,28 +127,35 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
                 return;
             }
             // mirror the element: swap two corners (and their images)
-            if (NC == 4) std::swap(c[0], c[1]);
+            if (flat) std::swap(c[NC == 3 ? 0 : 1], c[NC == 3 ? 1 : 3]);
+            else if (NC == 4) std::swap(c[0], c[1]);
             if (NC == 5) std::swap(c[1], c[3]);
             if (NC == 6) std::swap(c[0], c[1]), std::swap(c[3], c[4]);
             if (NC == 8) std::swap(c[1], c[3]), std::swap(c[5], c[7]);
         }
         ADD_FAILURE() << "element without a positive Jacobian";
     };
-    for (int bz = 0; bz < n; ++bz)
-        for (int by = 0; by < n; ++by)
-            for (int bx = 0; bx < n; ++bx) {
+    for (int bz = 0; bz < (flat ? 1 : nz); ++bz)
+        for (int by = 0; by < ny; ++by)
+            for (int bx = 0; bx < nx; ++bx) {
                 auto P = [&](int x, int y, int z) {
-                    return std::array<double, 3>{double(4 * (bx + x)), double(4 * (by + y)), double(4 * (bz + z))};
+                    return std::array<double, 3>{double(step * (bx + x)), double(step * (by + y)),
+                                                 double(step * (bz + z))};
                 };
                 // hexa8 order
                 const std::array<std::array<double, 3>, 8> h8 = {P(0, 0, 0), P(1, 0, 0), P(1, 1, 0), P(0, 1, 0),
                                                                  P(0, 0, 1), P(1, 0, 1), P(1, 1, 1), P(0, 1, 1)};
-                if constexpr (NC == 8) {
+                if constexpr (flat && NC == 4) {
+                    add_element({h8[0], h8[1], h8[2], h8[3]});
+                } else if constexpr (flat) {
+                    add_element({P(1, 0, 0), P(0, 1, 0), P(0, 0, 0)});
+                    add_element({P(1, 1, 0), P(0, 1, 0), P(1, 0, 0)});
+                } else if constexpr (NC == 8) {
                     add_element(h8);
                 } else if constexpr (NC == 6) {
                     add_element({h8[0], h8[1], h8[2], h8[4], h8[5], h8[6]});
                     add_element({h8[0], h8[2], h8[3], h8[4], h8[6], h8[7]});
-                } else if constexpr (NC == 4) {
+                } else if constexpr (NC == 4 && !flat) {
                     const int perm[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
                     for (auto& p : perm) {
                         int b[3] = {0, 0, 0};
@@ -157,12 +170,26 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
                     }
                 } else {
                     std::array<double, 3> centre = P(0, 0, 0);
-                    for (int d = 0; d < 3; ++d) centre[d] += 2;
+                    for (int d = 0; d < 3; ++d) centre[d] += step / 2;
                     const int faces[6][4] = {{0, 1, 2, 3}, {4, 5, 6, 7}, {0, 1, 5, 4},
                                              {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}};
                     for (auto& f : faces) add_element({h8[f[0]], h8[f[1]], h8[f[2]], h8[f[3]], centre});
                 }
             }
+    m.conn.resize(Shape::nbr_nodes, elements.size());
+    for (std::size_t e = 0; e < elements.size(); ++e)
+        for (unsigned i = 0; i < Shape::nbr_nodes; ++i) m.conn(i, e) = elements[e][i];
+    return m;
+}
+
+// A patch of n x n x n cubes of side h (make_lattice with lattice size 4). Node
+// positions are the lattice points scaled by h / 4, each interior one moved by a
+// fixed pseudo-random amount of up to `distortion` times the lattice step, so that
+// the boundary stays the faces of the box (unless `move_boundary`).
+template <class Shape>
+test_mesh make_patch(int n, double h, double distortion, bool move_boundary = false) {
+    test_mesh m = make_lattice<Shape>(n, n, n, 4);
+    m.extent = 4 * n;
     const unsigned nn = static_cast<unsigned>(m.keys.size());
     m.pos.resize(3, nn);
     for (unsigned i = 0; i < nn; ++i)
@@ -172,9 +199,6 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
             const double jitter = (move_boundary || m.interior(i)) ? distortion * (r * 43758.5453 - std::floor(r * 43758.5453) - 0.5) * 2.0 : 0.0;
             m.pos(d, i) = (m.keys[i][d] + jitter) * h / 4.0;
         }
-    m.conn.resize(Shape::nbr_nodes, elements.size());
-    for (std::size_t e = 0; e < elements.size(); ++e)
-        for (unsigned i = 0; i < Shape::nbr_nodes; ++i) m.conn(i, e) = elements[e][i];
     return m;
 }
 

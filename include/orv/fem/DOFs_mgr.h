@@ -16,6 +16,20 @@ namespace fem {
 /// Handle on a DOF table; copies share the table. A DOF ID is node * 9 + position:
 /// 0-2 displacements, 3-5 rotations, 6 temperature, 7-8 reserved. `state` is true for
 /// free. Fictitious nodes (numbers from nbr_nodes() on) have only DOFs, always free.
+///
+/// Blocked DOFs and prescribed values. A DOF blocked here (state false) has no
+/// equation: it is held at 0 in every load case that does not prescribe it, and takes
+/// the value of a load case that prescribes it (loads_mgr), with the forces that value
+/// exerts on the free DOFs. A free DOF that some load case prescribes is held at that
+/// value in that case; when every case prescribes it, it leaves the system like a
+/// blocked one, otherwise it stays in the factorised matrix and is met by iterations
+/// in the cases that prescribe it, and is free in the others. A free DOF that no
+/// element touches has no equation and no effect.
+///
+/// Ownership. A problem_data shares this table (it is the caller's, not a copy), and
+/// a run reads it from its first step to its end without a lock: the host must not
+/// change it (set, resize, clear, add_fictitious_node) while a run that uses it is in
+/// progress. Changes made between runs count for the next run.
 class DOFs_mgr : public base_class {
 public:
     ORV_FEM_HANDLE(DOFs_mgr, core::DOFs_mgr)

@@ -44,6 +44,10 @@ public:
     /// A copy of the law's data vector, normalised (padded, derived values filled);
     /// empty for an empty handle or a law without data.
     dense1D<double> get_data() const;
+    /// The code of the law's last init, the one a constructor ran included (their
+    /// codes are otherwise lost): 0, -1 or -2 as above, -199 on memory, 0 when no
+    /// init has run; -1 for an empty handle.
+    int get_init_code() const;
 
     /// Gives an element (or one point of it) its own data, checked as init does: -1
     /// for a refused size (or an empty handle), -2 for a value that is not finite
@@ -69,7 +73,8 @@ protected:
 /// Creation members of a concrete law handle X with engine class Engine:
 ///   X()                      an empty handle
 ///   X(ctx)                   create(ctx)
-///   X(ctx, data)             create(ctx) then init(data), whose code is not reported
+///   X(ctx, data)             create(ctx) then init(data), whose code get_init_code()
+///                            gives
 ///   create(ctx)              a new law: 0, -101 for an empty context, -199 on memory
 #define ORV_FEM_LAW_HANDLE(X, Engine)                                          \
     ORV_FEM_HANDLE(X, Engine)                                                  \

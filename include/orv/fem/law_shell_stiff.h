@@ -3,11 +3,14 @@
 
 #include <orv/fem/law_base.h>
 
+#include <orvmath1/vector_fixed.h>
+
 namespace orv {
 namespace core {
 class law_shell_stiff;
 class law_shell_StVenant;
 class law_shell_orthotropic;
+class law_shell_skyline;
 }
 namespace fem {
 
@@ -57,6 +60,24 @@ public:
 class law_shell_orthotropic : public law_shell_stiff {
 public:
     ORV_FEM_LAW_HANDLE(law_shell_orthotropic, core::law_shell_orthotropic)
+};
+
+/// A shell stiffness D given directly, in the element's local frame, by the columns of
+/// a skyline of the symmetric 8 x 8 matrix on the generalised strains above. Column j
+/// (0 to 7) holds heights[j] values, 1 <= heights[j] <= j + 1: the terms of rows
+/// j - heights[j] + 1 to j, top down (the terms above are 0). The data are these
+/// columns one after the other, then 16 values: [0] alpha1, [1] alpha2, [2] alpha12
+/// (thermal strains per degree of the three membrane slots), [3] the thickness, [4] to
+/// [15] reserved and kept as given: sum(heights) + 16 values. Full matrix: heights
+/// 1, 2, ..., 8 and 52 values, which is also what init(data) alone expects.
+class law_shell_skyline : public law_shell_stiff {
+public:
+    ORV_FEM_LAW_HANDLE(law_shell_skyline, core::law_shell_skyline)
+
+    /// Makes the law on a context; an empty handle on memory, init's code by get_init_code().
+    law_shell_skyline(context& ctx, const vector_fixed<unsigned int, 8>& heights, const dense1D<double>& data);
+    /// -1 for heights out of range, otherwise as init(data).
+    int init(const vector_fixed<unsigned int, 8>& heights, const dense1D<double>& data);
 };
 
 }  // namespace fem

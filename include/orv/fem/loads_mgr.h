@@ -31,6 +31,9 @@ class context;
 /// Neumann records (forces) of exactly 0.0 are dropped; Dirichlet records (prescribed
 /// values) are always kept, a prescribed 0.0 being a support. Where a DOF has several
 /// prescribed values in one load case, the last recorded counts.
+/// A prescribed value counts whether the DOF is free or blocked in the DOF table: a
+/// blocked DOF takes it in this case (and 0 in the cases that do not prescribe it);
+/// see DOFs_mgr.h for how the free system is formed.
 class loads_mgr : public base_class {
 public:
     ORV_FEM_HANDLE(loads_mgr, core::loads_mgr)

@@ -16,14 +16,15 @@ class oneD_table {
 public:
     /// Empty table.
     oneD_table() = default;
-    /// The constant c: the single point (0.0, c).
+    /// The constant c: the single point (0.0, c); empty for a c that is not finite.
     explicit oneD_table(double c);
-    /// Copies of both lists.
+    /// As init().
     oneD_table(const dense1D<double>& x, const dense1D<double>& y);
 
     /// Replaces the table by copies of both lists. The abscissas are taken as
-    /// ascending and nothing is checked; a y shorter than x holds its last value past
-    /// its end. False (and an empty table) when the memory cannot be had.
+    /// ascending and their order is not checked; a y shorter than x holds its last
+    /// value past its end. False (and an empty table) when a value is not finite (NaN
+    /// or infinite) or when the memory cannot be had.
     bool init(const dense1D<double>& x, const dense1D<double>& y);
 
     /// The value at x.

@@ -21,6 +21,13 @@ namespace fem {
 /// What a run is given besides its settings. Every solver's data record derives from
 /// it. Copies share the problem; the DOF table is the caller's (not a copy), and `pos`
 /// (3 rows, one column per real node) is shared with the caller's matrix.
+///
+/// Ownership during a run. The run holds counted references on the problem, so the
+/// host's handles may go out of scope meanwhile, but the positions and the DOF table
+/// are the host's storage, read by the run's threads without a lock from its start to
+/// its end: the host must not write into `pos` (nor call set_pos_matrix) nor change
+/// the DOF table while a run on this problem is in progress. A run never writes
+/// either. How a blocked DOF and a prescribed value combine is told in DOFs_mgr.h.
 class problem_data : public base_class {
 public:
     ORV_FEM_HANDLE(problem_data, core::problem_data)

@@ -9,8 +9,8 @@
 namespace orv {
 namespace fem {
 
-/// Value class over two non-decreasing lists x and y and a matrix z with a row per x
-/// and a column per y. A table whose data fail these rules is empty; an empty table
+/// Value class over two non-decreasing lists x and y of finite values and a matrix z
+/// of finite values with a row per x and a column per y. A table whose data fail these rules is empty; an empty table
 /// reads 0.0 everywhere. Copies share the data, which the class never changes in place.
 ///
 /// Reading at (x, y): bilinear interpolation in the cell around the point. Below the
@@ -32,8 +32,8 @@ public:
     explicit twoD_table(const char* path);
 
     /// Empties the table, then takes copies of the data if z has x.size() rows and
-    /// y.size() columns and both lists are non-decreasing (a NaN counts as a descent).
-    /// Returns whether the data were taken.
+    /// y.size() columns, both lists are non-decreasing (a NaN counts as a descent)
+    /// and every value of x, y and z is finite. Returns whether the data were taken.
     bool init(const dense1D<double>& x, const dense1D<double>& y, const dense2D<double>& z);
     /// Empties the table.
     void clear();
