@@ -70,7 +70,6 @@ TEST(OneDTable, InterpolatesExtrapolatesBelowHoldsAbove) {
     EXPECT_EQ(t(3.0), 0.0);
     EXPECT_EQ(t(-1.0), 0.0);  // 10 - 1 * 10: the first segment goes on
     EXPECT_EQ(t(4.0), 0.0);   // last value
-    EXPECT_EQ(t(1e9), 0.0);
 
     const dense1D<double> r = t(vec_of({-0.5, 0.5, 2.5, 7.0}));
     ASSERT_EQ(r.size(), 4u);
@@ -172,16 +171,14 @@ TEST_F(TableFiles, ReadsAWellFormedFile) {
     EXPECT_EQ(v(0.5, 5.0), 1.5);
 }
 
+// Files that stop early (no y, no matrix, too few values, no closing delimiter, no
+// text at all) are the truncations of the last test.
 TEST_F(TableFiles, MalformedFilesGiveAnEmptyTable) {
     const char* cases[][2] = {
         {"no_open_bracket.txt", "0 1 3]\n[0 2]\n3 2 [0 20 1 21 3 23]"},
         {"no_close_bracket.txt", "[0 1 3\n[0 2]\n3 2 [0 20 1 21 3 23]"},
-        {"no_y.txt", "[0 1 3]"},
-        {"no_matrix.txt", "[0 1 3] [0 2]"},
         {"rows_mismatch.txt", "[0 1 3] [0 2] 2 2 [0 20 1 21]"},
         {"cols_mismatch.txt", "[0 1 3] [0 2] 3 1 [0 1 3]"},
-        {"too_few_values.txt", "[0 1 3] [0 2] 3 2 [0 20 1 21 3]"},
-        {"no_delimiter.txt", "[0 1 3] [0 2] 3 2 [0 20 1 21 3 23"},
         {"descending_x.txt", "[0 3 1] [0 2] 3 2 [0 20 1 21 3 23]"},
         {"descending_y.txt", "[0 1 3] [2 0] 3 2 [0 20 1 21 3 23]"},
         {"nan_x.txt", "[0 nan 3] [0 2] 3 2 [0 20 1 21 3 23]"},
@@ -191,7 +188,6 @@ TEST_F(TableFiles, MalformedFilesGiveAnEmptyTable) {
         {"double_sign.txt", "[0 +-1 3] [0 2] 3 2 [0 20 1 21 3 23]"},
         {"negative_rows.txt", "[0 1 3] [0 2] -3 2 [0 20 1 21 3 23]"},
         {"huge_counts.txt", "[0 1 3] [0 2] 4000000000 4000000000 [0 20 1 21 3 23]"},
-        {"empty.txt", ""},
         {"blank.txt", "  \n\t "},
     };
     for (const auto& c : cases) {
