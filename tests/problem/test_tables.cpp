@@ -4,17 +4,15 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
 #include <string>
-
-#include <unistd.h>
+#include <vector>
 
 #include <orv/fem/oneD_table.h>
 #include <orv/fem/twoD_table.h>
 
 #include "common/literal_lists.h"
+#include "common/scratch_files.h"
 
 using orv::dense1D;
 using orv::dense2D;
@@ -25,27 +23,17 @@ using orv::test::vec_of;
 
 namespace {
 
-// A temporary folder that the fixture fills with table files and removes afterwards.
+// Table files written to scratch files that the fixture removes afterwards.
 class TableFiles : public ::testing::Test {
 protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/orv_tables_XXXXXX";
-        const char* d = mkdtemp(pattern);
-        ASSERT_NE(d, nullptr);
-        dir_ = d;
-    }
     void TearDown() override {
         for (const std::string& f : files_) std::remove(f.c_str());
-        if (!dir_.empty()) rmdir(dir_.c_str());
     }
     std::string write(const std::string& name, const std::string& text) {
-        const std::string path = dir_ + "/" + name;
-        std::ofstream out(path, std::ios::binary);
-        out << text;
-        files_.push_back(path);
-        return path;
+        files_.push_back(orv::test::scratch("table_" + name));
+        orv::test::spit(files_.back(), text);
+        return files_.back();
     }
-    std::string dir_;
     std::vector<std::string> files_;
 };
 
@@ -199,9 +187,9 @@ TEST_F(TableFiles, MalformedFilesGiveAnEmptyTable) {
 }
 
 TEST_F(TableFiles, UnreadablePathsGiveAnEmptyTable) {
-    twoD_table missing((dir_ + "/does_not_exist.txt").c_str());
+    twoD_table missing(orv::test::scratch("table_does_not_exist.txt").c_str());
     EXPECT_TRUE(missing.empty());
-    twoD_table folder(dir_.c_str());
+    twoD_table folder(::testing::TempDir().c_str());
     EXPECT_TRUE(folder.empty());
     twoD_table null_path(static_cast<const char*>(nullptr));
     EXPECT_TRUE(null_path.empty());
