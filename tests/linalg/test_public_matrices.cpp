@@ -42,6 +42,14 @@ T val(M& m, std::uint64_t row, std::uint64_t col) {
     return v;
 }
 
+// The value of type T at byte offset `at` of a file's bytes.
+template <class T>
+T read_at(const std::string& bytes, std::size_t at) {
+    T v;
+    std::memcpy(&v, bytes.data() + at, sizeof v);
+    return v;
+}
+
 // Node 2: displacements 18, 19, 20 and rotation 21; node 5: displacement x (45).
 FEM_matrix sample(std::uint64_t cols) {
     FEM_matrix m(list_of({18, 19, 20, 21, 45}), cols, 0.0);
@@ -413,33 +421,17 @@ TEST(FEM_SymSparse, save_writes_the_counted_arrays) {
     ASSERT_EQ(s.save(path.c_str()), 0);
     const std::string bytes = slurp(path);
     std::remove(path.c_str());
-    // 4 counts, 4 IDs, 6 doubles, 5 pointers, 6 columns.
+    // 4 counts, 4 IDs, 6 doubles, 5 pointers, 6 columns: each array after its count.
     ASSERT_EQ(bytes.size(), 4 * 8 + 4 * 4 + 6 * 8 + 5 * 4 + 6 * 4);
-    const char* p = bytes.data();
-    std::uint64_t n;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 4u);
-    std::uint32_t id;
-    std::memcpy(&id, p + 8 + 3 * 4, 4);
-    EXPECT_EQ(id, 13u);
-    p += 8 + 16;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 6u);
-    double d;
-    std::memcpy(&d, p + 8 + 4 * 8, 8);
-    EXPECT_EQ(d, 6.0);
-    p += 8 + 48;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 5u);
-    std::uint32_t last_ptr;
-    std::memcpy(&last_ptr, p + 8 + 4 * 4, 4);
-    EXPECT_EQ(last_ptr, 6u);
-    p += 8 + 20;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 6u);
-    std::uint32_t c3;
-    std::memcpy(&c3, p + 8 + 3 * 4, 4);
-    EXPECT_EQ(c3, 3u);
+    const std::size_t ids = 0, vals = ids + 8 + 16, ptrs = vals + 8 + 48, cols = ptrs + 8 + 20;
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, ids), 4u);
+    EXPECT_EQ(read_at<std::uint32_t>(bytes, ids + 8 + 3 * 4), 13u);
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, vals), 6u);
+    EXPECT_EQ(read_at<double>(bytes, vals + 8 + 4 * 8), 6.0);
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, ptrs), 5u);
+    EXPECT_EQ(read_at<std::uint32_t>(bytes, ptrs + 8 + 4 * 4), 6u);
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, cols), 6u);
+    EXPECT_EQ(read_at<std::uint32_t>(bytes, cols + 8 + 3 * 4), 3u);
 
     EXPECT_EQ(s.save("/nonexistent_dir_orv/x.bin"), -1);
 }
@@ -546,10 +538,8 @@ TEST(FEM_factor, duplicated_IDs_truncation_and_garbage_are_refused) {
     }
     // A wrong block count.
     std::string blocks = good;
-    std::uint64_t nb;
     const std::size_t at = 8 + 30 * 4;
-    std::memcpy(&nb, blocks.data() + at, 8);
-    nb -= 1;
+    const std::uint64_t nb = read_at<std::uint64_t>(blocks, at) - 1;
     std::memcpy(blocks.data() + at, &nb, 8);
     spit(path, blocks);
     const int rc = g.load(path.c_str());
