@@ -5,6 +5,7 @@
 #include <orv/fem/error_type.h>
 
 #include <new>
+#include <vector>
 
 #include <orv/fem/context.h>
 #include <orv/fem/elementary_load.h>
@@ -48,6 +49,12 @@ symmetric_sparse<double> sparse_K() {
     K[1] = 1;
     K[2] = 3;
     return K;
+}
+
+// The engines of model handles, to run one check on each.
+template <class... H>
+std::vector<core::numerical_model_base*> engines_of(H&... h) {
+    return {static_cast<core::numerical_model_base*>(h.engine())...};
 }
 
 // A global system on a list of DOF IDs: a dense symmetric matrix and a vector, with
@@ -159,8 +166,7 @@ TEST(stiffness_models, dense_and_sparse_forms_give_the_same_matrix_on_unsorted_I
     // Row 0 of K on ID 11, row 1 on ID 10.
     fem::stiffness_sym a(ctx, full_K(), list_of({11, 10}), 1);
     fem::stiffness_sym_sparse b(ctx, sparse_K(), list_of({11, 10}), 1);
-    for (core::numerical_model_base* m :
-         {static_cast<core::numerical_model_base*>(a.engine()), static_cast<core::numerical_model_base*>(b.engine())}) {
+    for (core::numerical_model_base* m : engines_of(a, b)) {
         test_system s(list_of({10, 11, 12}));
         EXPECT_EQ(s.assemble(*m, 1), 0);
         EXPECT_EQ(s.k(11, 11), 4.0);
@@ -236,9 +242,7 @@ TEST(stiffness_models, element_other_than_all_or_zero_is_refused) {
     fem::stiffness_diag d(ctx, vec_of({2}), list_of({0}), 1);
     fem::stiffness_sym y(ctx, full_K(), list_of({0, 1}), 1);
     fem::stiffness_sym_sparse p(ctx, sparse_K(), list_of({0, 1}), 1);
-    for (core::numerical_model_base* m : {static_cast<core::numerical_model_base*>(d.engine()),
-                                          static_cast<core::numerical_model_base*>(y.engine()),
-                                          static_cast<core::numerical_model_base*>(p.engine())}) {
+    for (core::numerical_model_base* m : engines_of(d, y, p)) {
         EXPECT_EQ(m->nbr_elements(), 1u);
         test_system s(list_of({0, 1}));
         s.args.element = 1;
@@ -265,8 +269,7 @@ TEST(stiffness_models, internal_forces_and_energy_on_a_known_state) {
     U[0] = 2.0;
     U[1] = 1.0;
     U[2] = 9.0;  // a DOF the models do not have
-    for (core::numerical_model_base* m :
-         {static_cast<core::numerical_model_base*>(a.engine()), static_cast<core::numerical_model_base*>(b.engine())}) {
+    for (core::numerical_model_base* m : engines_of(a, b)) {
         test_system s(list_of({10, 11}));
         EXPECT_EQ(s.internal(*m, 1, U), 0);
         EXPECT_EQ(s.f(10), -6.0);

@@ -13,6 +13,7 @@
 
 #include "eigen/eigen_Lanczos_hybrid.h"
 #include "eigen/eigen_subspace.h"
+#include "common/run_records.h"
 #include "linalg/factor_checker.h"
 #include "orvlapack/orvlapack.h"
 
@@ -20,12 +21,8 @@ namespace eigen_test {
 
 using orv::core::testing::dense_sym;
 
-struct run_settings {
-    ORV_FEM_SETTINGS_HOOKS
-};
-struct run_data {
-    ORV_FEM_DATA_ERRORS
-};
+using orv::test::run_data;
+using orv::test::run_settings;
 
 // n masses between springs of stiffness k. fixed: both ends held (K = k tridiag(-1, 2,
 // -1)); otherwise free at both ends (a rigid mode). consistent: M = mass/6 tridiag(1,

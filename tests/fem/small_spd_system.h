@@ -1,11 +1,14 @@
-// Small dense SPD systems factored through the block-skyline path, and minimal run
-// records, for the tests of the iterative solvers.
+// Small dense SPD systems (the dense reference of the factor checker) factored through
+// the block-skyline path, and minimal run records, for the tests of the iterative solvers.
 #pragma once
 
-#include <cmath>
-#include <string>
 #include <vector>
 
+#include <orv/fem/error_type.h>
+
+#include "common/log_capture.h"
+#include "common/run_records.h"
+#include "linalg/factor_checker.h"
 #include "linalg/numbering.h"
 #include "linalg/pivot_checkers.h"
 #include "linalg/symmetric_L_D_Lt.h"
@@ -13,62 +16,10 @@
 
 namespace fem_test {
 
-// Run records with the common hooks and error fields.
-struct run_settings {
-    void (*display_hook)(void*, unsigned, const char*) = nullptr;
-    void (*spare_hook)() = nullptr;
-    bool (*interrupt_hook)(void*) = nullptr;
-    void* pass_thru = nullptr;
-};
-struct run_data {
-    int error_code = 0;
-    int warning_code = 0;
-    char error_name[256] = {};
-    char error_msg[256] = {};
-};
-
-struct log_capture {
-    std::vector<std::string> lines;
-    std::vector<unsigned> levels;
-    static void hook(void* self, unsigned level, const char* text) {
-        static_cast<log_capture*>(self)->lines.push_back(text);
-        static_cast<log_capture*>(self)->levels.push_back(level);
-    }
-};
-
-// Dense symmetric n x n matrix, row major.
-struct dense_sym {
-    std::size_t n;
-    std::vector<double> a;
-    explicit dense_sym(std::size_t n_) : n(n_), a(n_ * n_, 0.0) {}
-    double& operator()(std::size_t i, std::size_t j) { return a[i * n + j]; }
-    double operator()(std::size_t i, std::size_t j) const { return a[i * n + j]; }
-    void add_spring(std::size_t i, std::size_t j, double k) {
-        (*this)(i, i) += k;
-        (*this)(j, j) += k;
-        (*this)(i, j) -= k;
-        (*this)(j, i) -= k;
-    }
-    void mult_add(const double* x, double* y) const {
-        for (std::size_t i = 0; i < n; ++i)
-            for (std::size_t j = 0; j < n; ++j) y[i] += a[i * n + j] * x[j];
-    }
-    // Gaussian elimination on a copy (the matrices here are SPD and small).
-    std::vector<double> solve(std::vector<double> b) const {
-        std::vector<double> m(a);
-        for (std::size_t k = 0; k < n; ++k)
-            for (std::size_t i = k + 1; i < n; ++i) {
-                const double f = m[i * n + k] / m[k * n + k];
-                for (std::size_t j = k; j < n; ++j) m[i * n + j] -= f * m[k * n + j];
-                b[i] -= f * b[k];
-            }
-        for (std::size_t k = n; k-- > 0;) {
-            for (std::size_t j = k + 1; j < n; ++j) b[k] -= m[k * n + j] * b[j];
-            b[k] /= m[k * n + k];
-        }
-        return b;
-    }
-};
+using orv::core::testing::dense_sym;
+using orv::test::log_capture;
+using orv::test::run_data;
+using orv::test::run_settings;
 
 // Numbers, assembles and factors a dense SPD matrix. pos[i] is the matrix position of
 // row i. Returns the factorisation's code.

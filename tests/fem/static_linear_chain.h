@@ -16,24 +16,16 @@
 
 #include "orvmath1/dense2D.h"
 #include "orvmath1/symmetric_full.h"
+#include "common/log_capture.h"
 
 namespace orv {
 namespace static_linear_test {
 
-// Every log line of a run, with its level.
-struct log_capture {
-    std::vector<std::pair<unsigned, std::string>> lines;
+// The common log capture on a run's display hook; the interrupt hook stays the run's.
+struct log_capture : orv::test::log_capture {
     explicit log_capture(fem::solver_static_linear::settings_type& s) {
-        s.display_hook = &hook;
+        s.display_hook = &display;
         s.pass_thru = this;
-    }
-    static void hook(void* p, unsigned level, const char* text) {
-        static_cast<log_capture*>(p)->lines.emplace_back(level, text);
-    }
-    bool has(const char* part) const {
-        for (const auto& l : lines)
-            if (l.second.find(part) != std::string::npos) return true;
-        return false;
     }
 };
 

@@ -28,13 +28,18 @@ std::string mask_digits(std::string s) {
     return s;
 }
 
-}  // namespace
-
-TEST(RunFrame, LogLinesOfACleanRunByteForByte) {
+// A run of the test solver with its log captured.
+class FrameRun : public ::testing::Test {
+protected:
+    void SetUp() override { cap.attach(solver.settings); }
     test_solver solver;
     log_capture cap;
-    cap.attach(solver.settings);
     test_solver::data_type data;
+};
+
+}  // namespace
+
+TEST_F(FrameRun, LogLinesOfACleanRunByteForByte) {
     solver.run(data);
     ASSERT_FALSE(data.error_raised());
     ASSERT_FALSE(data.warning_raised());
@@ -105,13 +110,9 @@ TEST(RunFrame, NullDisplayHookFormatsNothing) {
     EXPECT_TRUE(cap.lines.empty());
 }
 
-TEST(RunFrame, InterruptAtOnceIsAWarningWithTotalTime) {
-    test_solver solver;
-    log_capture cap;
+TEST_F(FrameRun, InterruptAtOnceIsAWarningWithTotalTime) {
     cap.interrupt_after = 0;
     cap.sleep_ms = 20;
-    cap.attach(solver.settings);
-    test_solver::data_type data;
     solver.run(data);
     EXPECT_FALSE(data.error_raised());
     EXPECT_TRUE(data.warning_raised());
@@ -126,12 +127,8 @@ TEST(RunFrame, InterruptAtOnceIsAWarningWithTotalTime) {
     EXPECT_FALSE(cap.starts("Step one"));
 }
 
-TEST(RunFrame, InterruptBetweenStepsKeepsWhatWasDone) {
-    test_solver solver;
-    log_capture cap;
+TEST_F(FrameRun, InterruptBetweenStepsKeepsWhatWasDone) {
     cap.interrupt_after = 3;  // asked before numbering, gate, step one, then step two
-    cap.attach(solver.settings);
-    test_solver::data_type data;
     solver.run(data);
     EXPECT_EQ(data.warning_code, orv::fem::warning_interrupted);
     EXPECT_EQ(data.steps_run, 1);
@@ -140,12 +137,8 @@ TEST(RunFrame, InterruptBetweenStepsKeepsWhatWasDone) {
     EXPECT_TRUE(cap.starts("Total computing time"));
 }
 
-TEST(RunFrame, FirstErrorWinsAndStopsTheRun) {
-    test_solver solver;
-    log_capture cap;
-    cap.attach(solver.settings);
+TEST_F(FrameRun, FirstErrorWinsAndStopsTheRun) {
     solver.settings.fail_step = 1;
-    test_solver::data_type data;
     solver.run(data);
     EXPECT_TRUE(data.error_raised());
     EXPECT_EQ(data.error_code, orv::fem::error_pivot);
@@ -168,13 +161,9 @@ TEST(RunFrame, FirstErrorWinsAndStopsTheRun) {
     EXPECT_STREQ(data.error_name, "Pivot error.");
 }
 
-TEST(RunFrame, WarningRules) {
+TEST_F(FrameRun, WarningRules) {
     // A warning does not stop the run.
-    test_solver solver;
-    log_capture cap;
-    cap.attach(solver.settings);
     solver.settings.warn_step = 1;
-    test_solver::data_type data;
     solver.run(data);
     EXPECT_FALSE(data.error_raised());
     EXPECT_EQ(data.warning_code, orv::fem::warning_pivot);
@@ -207,12 +196,8 @@ TEST(RunFrame, WarningRules) {
     EXPECT_EQ(data.steps_run, 2);
 }
 
-TEST(RunFrame, OutputMaskZeroIsADryRun) {
-    test_solver solver;
-    log_capture cap;
-    cap.attach(solver.settings);
+TEST_F(FrameRun, OutputMaskZeroIsADryRun) {
     solver.settings.output_mask = 0;
-    test_solver::data_type data;
     data.ctx.set_max_total_size(1);  // a dry run is not gated
     solver.run(data);
     EXPECT_FALSE(data.error_raised());
@@ -238,11 +223,7 @@ TEST(RunFrame, MasksDecideWhatSurvives) {
     EXPECT_EQ(data.result.size(), 12u);
 }
 
-TEST(RunFrame, SizeGateAgainstTheContextLimit) {
-    test_solver solver;
-    log_capture cap;
-    cap.attach(solver.settings);
-    test_solver::data_type data;
+TEST_F(FrameRun, SizeGateAgainstTheContextLimit) {
     data.ctx.set_max_total_size(1);
     solver.run(data);  // needs 3 MB
     EXPECT_EQ(data.error_code, orv::fem::error_memory_limit);
@@ -289,11 +270,7 @@ TEST(RunFrame, ExceptionsBecomeErrorCodes) {
     }
 }
 
-TEST(RunFrame, RefusedInputHasNoBanner) {
-    test_solver solver;
-    log_capture cap;
-    cap.attach(solver.settings);
-    test_solver::data_type data;
+TEST_F(FrameRun, RefusedInputHasNoBanner) {
     data.has_model = false;
     data.error_code = -5;  // stale outputs are cleared first
     data.time_step1 = 9.0;

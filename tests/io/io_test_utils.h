@@ -1,5 +1,5 @@
-// Helpers of the I/O tests: the data folder, scratch files, and the geometric check of
-// a block's node order with the library's own shapes.
+// Helpers of the I/O tests: the data folder, the shared scratch files, and the geometric
+// check of a block's node order with the library's own shapes.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,12 +8,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <string>
-#include <unistd.h>
 
 #include <orv/fem/io/mesh_io.h>
 
+#include "common/scratch_files.h"
 #include "elements/elfes_shapes.h"
 
 namespace orv_io_test {
@@ -21,29 +20,13 @@ namespace orv_io_test {
 using namespace orv::fem;
 using namespace orv::fem::io;
 using orv::dense2D;
+using orv::test::scratch;
+using orv::test::slurp;
+using orv::test::spit;
 
 inline std::string data_path(const std::string& name) {
     const char* env = std::getenv("ORV_TEST_DATA");
     return (env != nullptr ? std::string(env) : std::string(ORV_IO_TEST_DATA_ROOT)) + "/io/" + name;
-}
-
-inline std::string slurp(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-// A scratch file name, in memory-backed /dev/shm when there is one (the truncation
-// tests write thousands of small files).
-inline std::string scratch(const std::string& name) {
-    const std::string folder = ::access("/dev/shm", W_OK) == 0 ? std::string("/dev/shm/") : ::testing::TempDir();
-    return folder + "orv_io_" + std::to_string(::getpid()) + "_" + name;
-}
-
-inline void spit(const std::string& path, const std::string& text) {
-    std::ofstream out(path, std::ios::binary);
-    out << text;
 }
 
 // A record that a failed read must leave exactly as it is.

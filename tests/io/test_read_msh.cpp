@@ -35,10 +35,10 @@ TEST(ReadMsh, EveryShapeInTheLibraryOrder) {
         const mesh m = read_ok(c.file);
         const element_block* b = find_block(m, c.type);
         ASSERT_NE(b, nullptr);
-        if (c.nbr_elements > 0) {
+        if (c.nbr_elements > 0)
             EXPECT_EQ(b->connectivity.cols(), c.nbr_elements);
-        }
-        EXPECT_GT(b->connectivity.cols(), 0u);
+        else
+            EXPECT_GT(b->connectivity.cols(), 0u);
         for (const element_block& block : m.blocks) check_block(m, block);
     }
 }
@@ -155,6 +155,8 @@ TEST(ReadMsh, CorruptContentIsLocated) {
         {"$MeshFormat\n4.1", "$MeshFormat\n2.2", error_data, "line 2: MSH version 2.2"},
         {"\n2 1 3 2\n", "\n2 1 21 2\n", error_element_type, "element type 21 has no shape"},
         {"$EndNodes", "$EndNode", error_data, "expected $EndNodes"},
+        // a node number that no $Nodes block defines
+        {"\n1 1 9 10 4 ", "\n1 999 9 10 4 ", error_connectivity, "unknown node 999"},
     };
     for (const case_type& c : cases) {
         std::string text = full;
@@ -169,15 +171,8 @@ TEST(ReadMsh, CorruptContentIsLocated) {
             EXPECT_EQ(error.line, block_line);
         }
     }
-    // a node number that no $Nodes block defines
-    std::string text = full;
-    text.replace(text.find("\n1 1 9 10 4 "), 12, "\n1 999 9 10 4 ");
-    spit(path, text);
     mesh m = sentinel_mesh();
     read_error error;
-    EXPECT_EQ(read_msh(path.c_str(), m, &error), error_connectivity);
-    EXPECT_NE(error.text.find("unknown node 999"), std::string::npos) << error.text;
-    EXPECT_TRUE(is_sentinel(m));
     EXPECT_EQ(read_msh(scratch("absent.msh").c_str(), m, &error), error_file);
     EXPECT_EQ(read_msh(nullptr, m), error_file);
     EXPECT_TRUE(is_sentinel(m));

@@ -33,6 +33,17 @@ struct dense_sym {
         (*this)(j, i) = v;
     }
     bool nz(std::size_t i, std::size_t j) const { return (*this)(i, j) != 0.0; }
+    void add_spring(std::size_t i, std::size_t j, double k) {
+        (*this)(i, i) += k;
+        (*this)(j, j) += k;
+        (*this)(i, j) -= k;
+        (*this)(j, i) -= k;
+    }
+    // y += A x
+    void mult_add(const double* x, double* y) const {
+        for (std::size_t j = 0; j < n; ++j)
+            for (std::size_t i = 0; i < n; ++i) y[i] += (*this)(i, j) * x[j];
+    }
 };
 
 // Block profiles for the pattern of A in its given order, blocks of at most `limit`
@@ -150,6 +161,12 @@ inline std::vector<double> dense_ldlt_solve(const dense_sym& A, std::vector<doub
     return d;
 }
 
+// A^-1 b by the dense reference.
+inline std::vector<double> dense_solve(const dense_sym& A, std::vector<double> b) {
+    dense_ldlt_solve(A, b);
+    return b;
+}
+
 // Builds the block-skyline matrix of A with blocks of at most `limit` columns and
 // fills it entry by entry.
 inline int make_skyline(const dense_sym& A, std::size_t limit, symmetric_hybrid_OOC<double>& S) {
@@ -163,6 +180,13 @@ inline int make_skyline(const dense_sym& A, std::size_t limit, symmetric_hybrid_
                 if (r) return r;
             }
     return 0;
+}
+
+// The block-skyline form of A, not yet factored.
+inline skyline_factor skyline_of(const dense_sym& A, std::size_t limit = 600) {
+    symmetric_hybrid_OOC<double> S;
+    EXPECT_EQ(make_skyline(A, limit, S), 0);
+    return skyline_factor(S);
 }
 
 inline double inf_norm(const std::vector<double>& v) {

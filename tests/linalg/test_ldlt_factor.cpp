@@ -124,9 +124,7 @@ TEST(LdltFactor, SameSolutionWithOneAndTwoThreads) {
 // with the diagonal returns F^T K^-1 F.
 TEST(LdltFactor, SweepsComposeAndForwardGivesEnergy) {
     const dense_sym A = random_matrix(150, 0.03, false, 31, 1);
-    symmetric_hybrid_OOC<double> S;
-    ASSERT_EQ(make_skyline(A, 17, S), 0);
-    skyline_factor F(S);
+    skyline_factor F = skyline_of(A, 17);
     pivot_check_positive<dummy_verboser> c;
     ASSERT_EQ(F.factorize(c), 0);
     std::vector<double> b(A.n), y1, y2;

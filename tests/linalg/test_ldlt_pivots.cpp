@@ -29,10 +29,12 @@ skyline_factor small_matrix(double d1, double a22 = 2.0) {
     A(1, 1) = d1;
     A(2, 2) = a22;
     A.set(1, 2, 0.5);
-    symmetric_hybrid_OOC<double> S;
-    EXPECT_EQ(make_skyline(A, 600, S), 0);
-    return skyline_factor(S);
+    return skyline_of(A);
 }
+
+// Sturm counter of the pivots below t.
+typedef count_n_force_definite<orvstd::binder2nd<orvstd::less<double>>, dummy_verboser> count_below;
+orvstd::binder2nd<orvstd::less<double>> below(double t) { return orvstd::bind2nd(orvstd::less<double>(), t); }
 
 double stored_pivot(const skyline_factor& F, std::size_t i) {
     return 1.0 / F.block(F.block_of(i)).diag()[i - F.block(F.block_of(i)).first()];
@@ -45,9 +47,7 @@ const std::uint32_t ids[3] = {90, 91, 95};
 TEST(LdltPivots, OneByOne) {
     dense_sym A(1);
     A(0, 0) = 4.0;
-    symmetric_hybrid_OOC<double> S;
-    ASSERT_EQ(make_skyline(A, 600, S), 0);
-    skyline_factor F(S);
+    skyline_factor F = skyline_of(A);
     pivot_check_positive<dummy_verboser> c;
     pivot_outcome out;
     EXPECT_EQ(factorize_with_outcome(F, c, ids, 0x100000, 1, out), 0);
@@ -133,8 +133,7 @@ TEST(LdltPivots, ZeroPivotIsReplacedByForcingPolicies) {
     }
     {  // Sturm counter: silent replacement, the zero is not below 0
         skyline_factor F = small_matrix(1.0);
-        count_n_force_definite<orvstd::binder2nd<orvstd::less<double>>, dummy_verboser> c(
-            orvstd::bind2nd(orvstd::less<double>(), 0.0));
+        count_below c(below(0.0));
         c.replacement = 5.0;
         EXPECT_EQ(F.factorize(c), 0);
         EXPECT_EQ(c.count, 0u);
@@ -148,9 +147,7 @@ TEST(LdltPivots, RatioOfExactlyOneTrillionth) {
         dense_sym A(2);
         A(0, 0) = 1.0;
         A(1, 1) = 1e-12;
-        symmetric_hybrid_OOC<double> S;
-        ASSERT_EQ(make_skyline(A, 600, S), 0);
-        skyline_factor F(S);
+        skyline_factor F = skyline_of(A);
         pivot_outcome out;
         if (kind == 0) {
             pivot_check_positive<dummy_verboser> c;
@@ -169,9 +166,7 @@ TEST(LdltPivots, WarningDoesNotOverrideStandingCodes) {
     dense_sym A(2);
     A(0, 0) = 1.0;
     A(1, 1) = 1e-13;
-    symmetric_hybrid_OOC<double> S;
-    ASSERT_EQ(make_skyline(A, 600, S), 0);
-    skyline_factor F(S);
+    skyline_factor F = skyline_of(A);
     pivot_check_positive<dummy_verboser> c;
     pivot_outcome out;
     out.warning = orv::fem::warning_interrupted;
@@ -184,9 +179,7 @@ TEST(LdltPivots, AllNegativePivots) {
     dense_sym A = random_matrix(30, 0.1, false, 5, 1);
     for (double& v : A.a) v = -v;
     for (int kind = 0; kind < 2; ++kind) {
-        symmetric_hybrid_OOC<double> S;
-        ASSERT_EQ(make_skyline(A, 8, S), 0);
-        skyline_factor F(S);
+        skyline_factor F = skyline_of(A, 8);
         pivot_outcome out;
         if (kind == 0) {
             pivot_force_definite<dummy_verboser> c;
@@ -222,8 +215,7 @@ TEST(LdltPivots, InfiniteDiagonalIsAlwaysAnError) {
     }
     {
         skyline_factor F = small_matrix(3.0, inf);
-        count_n_force_definite<orvstd::binder2nd<orvstd::less<double>>, dummy_verboser> c(
-            orvstd::bind2nd(orvstd::less<double>(), 0.0));
+        count_below c(below(0.0));
         EXPECT_EQ(F.factorize(c), orv::fem::error_pivot);
     }
 }
@@ -235,12 +227,9 @@ TEST(LdltPivots, SturmCountLessAgainstLessEqual) {
     A(1, 1) = 2.0;
     A(2, 2) = 2.0;
     for (int pass = 0; pass < 2; ++pass) {
-        symmetric_hybrid_OOC<double> S;
-        ASSERT_EQ(make_skyline(A, 600, S), 0);
-        skyline_factor F(S);
+        skyline_factor F = skyline_of(A);
         if (pass == 0) {
-            count_n_force_definite<orvstd::binder2nd<orvstd::less<double>>, dummy_verboser> c(
-                orvstd::bind2nd(orvstd::less<double>(), 2.0));
+            count_below c(below(2.0));
             EXPECT_EQ(F.factorize(c), 0);
             EXPECT_EQ(c.count, 1u);
         } else {
@@ -267,11 +256,8 @@ TEST(LdltPivots, SturmCountMatchesEigenvalueCount) {
     std::size_t expected = 0;
     for (std::size_t k = 1; k <= n; ++k) expected += 2.0 - 2.0 * std::cos(double(k) * M_PI / double(n + 1)) < shift;
     for (int threads : {1, 2}) {
-        symmetric_hybrid_OOC<double> S;
-        ASSERT_EQ(make_skyline(A, 9, S), 0);
-        skyline_factor F(S);
-        count_n_force_definite<orvstd::binder2nd<orvstd::less<double>>, dummy_verboser> c(
-            orvstd::bind2nd(orvstd::less<double>(), 0.0));
+        skyline_factor F = skyline_of(A, 9);
+        count_below c(below(0.0));
         EXPECT_EQ(F.factorize(c, 0x100000, threads), 0);
         EXPECT_EQ(c.count, expected);
     }

@@ -4,13 +4,9 @@
 
 #include <orv/fem/error_type.h>
 
-#include <unistd.h>
-
 #include <complex>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -21,6 +17,7 @@
 #include <orv/fem/FEM_matrix.h>
 
 #include "common/literal_lists.h"
+#include "common/scratch_files.h"
 #include "factor_checker.h"
 #include "linalg/FEM_matrix_impl.h"
 #include "linalg/dense2D_OOC.h"
@@ -30,6 +27,9 @@
 using namespace orv;
 using namespace orv::fem;
 using orv::test::list_of;
+using orv::test::scratch;
+using orv::test::slurp;
+using orv::test::spit;
 using orv::test::vec_of;
 
 namespace {
@@ -42,18 +42,12 @@ T val(M& m, std::uint64_t row, std::uint64_t col) {
     return v;
 }
 
-std::string temp_path(const std::string& name) {
-    return ::testing::TempDir() + "orv_pm_" + std::to_string(::getpid()) + "_" + name;
-}
-
-std::vector<char> read_file(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<char>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-void write_file(const std::string& path, const std::vector<char>& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), std::streamsize(bytes.size()));
+// The value of type T at byte offset `at` of a file's bytes.
+template <class T>
+T read_at(const std::string& bytes, std::size_t at) {
+    T v;
+    std::memcpy(&v, bytes.data() + at, sizeof v);
+    return v;
 }
 
 // Node 2: displacements 18, 19, 20 and rotation 21; node 5: displacement x (45).
@@ -423,37 +417,21 @@ TEST(FEM_SymSparse, symmetric_access_pattern_and_range) {
 
 TEST(FEM_SymSparse, save_writes_the_counted_arrays) {
     FEM_SymSparse s(list_of({10, 11, 12, 13}), sample_sparse());
-    const std::string path = temp_path("sparse.bin");
+    const std::string path = scratch("sparse.bin");
     ASSERT_EQ(s.save(path.c_str()), 0);
-    const std::vector<char> bytes = read_file(path);
+    const std::string bytes = slurp(path);
     std::remove(path.c_str());
-    // 4 counts, 4 IDs, 6 doubles, 5 pointers, 6 columns.
+    // 4 counts, 4 IDs, 6 doubles, 5 pointers, 6 columns: each array after its count.
     ASSERT_EQ(bytes.size(), 4 * 8 + 4 * 4 + 6 * 8 + 5 * 4 + 6 * 4);
-    const char* p = bytes.data();
-    std::uint64_t n;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 4u);
-    std::uint32_t id;
-    std::memcpy(&id, p + 8 + 3 * 4, 4);
-    EXPECT_EQ(id, 13u);
-    p += 8 + 16;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 6u);
-    double d;
-    std::memcpy(&d, p + 8 + 4 * 8, 8);
-    EXPECT_EQ(d, 6.0);
-    p += 8 + 48;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 5u);
-    std::uint32_t last_ptr;
-    std::memcpy(&last_ptr, p + 8 + 4 * 4, 4);
-    EXPECT_EQ(last_ptr, 6u);
-    p += 8 + 20;
-    std::memcpy(&n, p, 8);
-    EXPECT_EQ(n, 6u);
-    std::uint32_t c3;
-    std::memcpy(&c3, p + 8 + 3 * 4, 4);
-    EXPECT_EQ(c3, 3u);
+    const std::size_t ids = 0, vals = ids + 8 + 16, ptrs = vals + 8 + 48, cols = ptrs + 8 + 20;
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, ids), 4u);
+    EXPECT_EQ(read_at<std::uint32_t>(bytes, ids + 8 + 3 * 4), 13u);
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, vals), 6u);
+    EXPECT_EQ(read_at<double>(bytes, vals + 8 + 4 * 8), 6.0);
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, ptrs), 5u);
+    EXPECT_EQ(read_at<std::uint32_t>(bytes, ptrs + 8 + 4 * 4), 6u);
+    EXPECT_EQ(read_at<std::uint64_t>(bytes, cols), 6u);
+    EXPECT_EQ(read_at<std::uint32_t>(bytes, cols + 8 + 3 * 4), 3u);
 
     EXPECT_EQ(s.save("/nonexistent_dir_orv/x.bin"), -1);
 }
@@ -495,7 +473,7 @@ TEST(FEM_factor, save_then_load_solves_to_the_same_bits) {
     FEM_factor f = make_factor(40, 3);
     ASSERT_EQ(f.dim(), 40u);
     ASSERT_GT(f.engine()->matrix().nbr_blocks(), 2u);
-    const std::string path = temp_path("factor.bin");
+    const std::string path = scratch("factor.bin");
     ASSERT_EQ(f.save(path.c_str()), 0);
 
     FEM_factor g;
@@ -511,9 +489,9 @@ TEST(FEM_factor, save_then_load_solves_to_the_same_bits) {
     EXPECT_EQ(std::memcmp(x1.data(), x2.data(), x1.size() * sizeof(double)), 0);
 
     // Saving the loaded factor gives the same file.
-    const std::string again = temp_path("factor2.bin");
+    const std::string again = scratch("factor2.bin");
     ASSERT_EQ(g.save(again.c_str()), 0);
-    EXPECT_EQ(read_file(path), read_file(again));
+    EXPECT_EQ(slurp(path), slurp(again));
     std::remove(again.c_str());
     std::remove(path.c_str());
 
@@ -529,9 +507,9 @@ TEST(FEM_factor, save_then_load_solves_to_the_same_bits) {
 
 TEST(FEM_factor, empty_factor_round_trip) {
     FEM_factor f;
-    const std::string path = temp_path("empty.bin");
+    const std::string path = scratch("empty.bin");
     ASSERT_EQ(f.save(path.c_str()), 0);
-    EXPECT_EQ(read_file(path).size(), 16u);
+    EXPECT_EQ(slurp(path).size(), 16u);
     FEM_factor g = make_factor(5, 1);
     EXPECT_EQ(g.load(path.c_str()), 0);
     EXPECT_EQ(g.dim(), 0u);
@@ -540,39 +518,37 @@ TEST(FEM_factor, empty_factor_round_trip) {
 
 TEST(FEM_factor, duplicated_IDs_truncation_and_garbage_are_refused) {
     FEM_factor f = make_factor(30, 5);
-    const std::string path = temp_path("bad.bin");
+    const std::string path = scratch("bad.bin");
     ASSERT_EQ(f.save(path.c_str()), 0);
-    const std::vector<char> good = read_file(path);
+    const std::string good = slurp(path);
 
     FEM_factor g = make_factor(7, 2);
     const std::vector<double> before = solve_with(g, 4);
 
     // The second ID made equal to the first: the list is shorter than its count.
-    std::vector<char> dup = good;
+    std::string dup = good;
     std::memcpy(dup.data() + 8 + 4, dup.data() + 8, 4);
-    write_file(path, dup);
+    spit(path, dup);
     EXPECT_EQ(g.load(path.c_str()), -2);
 
     // Every truncation is a stream error.
     for (std::size_t len = 0; len < good.size(); ++len) {
-        write_file(path, std::vector<char>(good.begin(), good.begin() + std::ptrdiff_t(len)));
+        spit(path, std::string(good.begin(), good.begin() + std::ptrdiff_t(len)));
         ASSERT_EQ(g.load(path.c_str()), -1) << "length " << len;
     }
     // A wrong block count.
-    std::vector<char> blocks = good;
-    std::uint64_t nb;
+    std::string blocks = good;
     const std::size_t at = 8 + 30 * 4;
-    std::memcpy(&nb, blocks.data() + at, 8);
-    nb -= 1;
+    const std::uint64_t nb = read_at<std::uint64_t>(blocks, at) - 1;
     std::memcpy(blocks.data() + at, &nb, 8);
-    write_file(path, blocks);
+    spit(path, blocks);
     const int rc = g.load(path.c_str());
     EXPECT_TRUE(rc == -1 || rc == -2) << rc;
 
     // Garbage and bit flips never crash; a failed load leaves the factor as it was.
     std::mt19937 rng(17);
     for (int trial = 0; trial < 300; ++trial) {
-        std::vector<char> bytes;
+        std::string bytes;
         if (trial % 2) {
             bytes.resize(rng() % 600);
             for (char& c : bytes) c = char(rng());
@@ -580,7 +556,7 @@ TEST(FEM_factor, duplicated_IDs_truncation_and_garbage_are_refused) {
             bytes = good;
             for (int k = 0; k < 3; ++k) bytes[rng() % bytes.size()] ^= char(1u << (rng() % 8));
         }
-        write_file(path, bytes);
+        spit(path, bytes);
         FEM_factor t = make_factor(7, 2);
         const int r = t.load(path.c_str());
         EXPECT_TRUE(r == 0 || r == -1 || r == -2 || r == error_memory) << r;

@@ -154,8 +154,6 @@ TEST(EvolutionFuncs, UnknownIDMeansOne) {
     m.create_cste(0.0);
     EXPECT_EQ(m.val(0, 3.0), 0.0);
     EXPECT_EQ(m.val(1, 3.0), 1.0);
-    EXPECT_EQ(m.val(none, 3.0), 1.0);
-    EXPECT_TRUE(m.reserve(100));
 }
 
 TEST(EvolutionFuncsHandle, SharesTheRegistryOfItsContext) {
