@@ -10,6 +10,7 @@
 // (node = i + (nx + 1) * (j + (ny + 1) * k)), the face z = 0 clamped, a uniform traction
 // of total magnitude 1 in -z on the face z = nz as consistent nodal loads (a quarter of
 // each element face's share on each of its corners).
+#include <orv/fem/error_type.h>
 #include <omp.h>
 #include <sys/resource.h>
 #include <sys/stat.h>

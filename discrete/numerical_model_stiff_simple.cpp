@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "discrete/numerical_model_stiff_simple.h"
 
 #include <orv/fem/elementary_load.h>
@@ -18,7 +19,7 @@ int numerical_model_stiff_simple::get_DOFs(const DOFs_mgr&, std::uint32_t elemen
     if (!ids) return 0;
     for (std::size_t k = 0; k < ids->size(); ++k) {
         const unsigned ID = (*ids)[k];
-        if (is_selected(ID, filter) && !list.push_back(ID)) return -199;
+        if (is_selected(ID, filter) && !list.push_back(ID)) return fem::error_memory;
     }
     return 0;
 }
@@ -35,7 +36,7 @@ double numerical_model_stiff_simple::largest_penalty(const assembly_params& para
 int numerical_model_stiff_simple::gather(const DOF_vector* U, const DOF_index& ids, dense1D<double>& out,
                                          bool& all_zero) {
     all_zero = true;
-    if (!out.resize(ids.size(), 0.0)) return -199;
+    if (!out.resize(ids.size(), 0.0)) return fem::error_memory;
     out.fill(0.0);
     if (!U) return 0;
     for (std::size_t k = 0; k < ids.size(); ++k) {

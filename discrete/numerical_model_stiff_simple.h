@@ -1,6 +1,7 @@
 // Base of the discrete stiffness models: one element on a list of DOFs.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cstddef>
 #include <cstdint>
 
@@ -32,7 +33,7 @@ public:
 
     // 0 for element 0 or all_elements, -102 otherwise.
     static int check_element(std::uint32_t element) {
-        return (element == all_elements || element == 0) ? 0 : -102;
+        return (element == all_elements || element == 0) ? 0 : fem::error_index;
     }
     // The penalty of a DOF: displacement, rotation or temperature by ID % 9.
     static double penalty_of(const assembly_params& params, unsigned ID) {

@@ -17,14 +17,14 @@ stiffness_diag::stiffness_diag(context& ctx, const dense1D<double>& values, cons
     if (create(ctx) == no_error) init(values, ids, absolute);
 }
 
-error_type stiffness_diag::create(context& ctx) { return internal::create_stiffness<core::stiffness_diag>(*this, ctx); }
+error_type stiffness_diag::create(context& ctx) { return detail::create_stiffness<core::stiffness_diag>(*this, ctx); }
 
 error_type stiffness_diag::init(const dense1D<double>& values, const dense1D<unsigned int>& ids, int absolute) {
-    return internal::init_stiffness(*this, values, ids, absolute);
+    return detail::init_stiffness(*this, values, ids, absolute);
 }
 
 error_type stiffness_diag::get_params(dense1D<double>& values, dense1D<unsigned int>& ids, int& absolute) const {
-    return internal::get_stiffness_params(*this, values, ids, absolute);
+    return detail::get_stiffness_params(*this, values, ids, absolute);
 }
 
 }  // namespace fem

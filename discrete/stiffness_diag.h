@@ -9,7 +9,7 @@ namespace core {
 // Registered on its context at construction, with one element.
 class stiffness_diag : public stiffness_given<dense1D<double>> {
 public:
-    explicit stiffness_diag(context_type* ctx) : stiffness_given<dense1D<double>>(ctx) { __register(1); }
+    explicit stiffness_diag(context_type* ctx) : stiffness_given<dense1D<double>>(ctx) { register_self(1); }
 };
 
 }  // namespace core

@@ -2,6 +2,7 @@
 // diagonal, dense symmetric and sparse symmetric forms.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -106,7 +107,7 @@ public:
     explicit stiffness_given(context_type* ctx) : numerical_model_stiff_simple(ctx) {}
 
     bool has_matrix(unsigned matrix_code) const override {
-        return matrix_code == 1 || (absolute_ == 0 && (matrix_code == 7 || matrix_code == 8));
+        return matrix_code == fem::matrix_K || (absolute_ == 0 && (matrix_code == fem::matrix_penalty || matrix_code == fem::matrix_penalty_2));
     }
     Ptr<DOF_index> element_DOFs() const override { return ids_; }
 
@@ -114,13 +115,13 @@ public:
     // an ID is repeated (the model is then empty); -199 for memory.
     int init(const V& values, const dense1D<unsigned int>& ids, int absolute) {
         reset();
-        if (form::dim(values) != ids.size() || !form::valid(values)) return -101;
+        if (form::dim(values) != ids.size() || !form::valid(values)) return fem::error_data;
         Ptr<DOF_index> set(new (std::nothrow) DOF_index());
-        if (!set) return -199;
-        if (ids.size() && !set->init(ids.begin(), ids.end())) return -199;
+        if (!set) return fem::error_memory;
+        if (ids.size() && !set->init(ids.begin(), ids.end())) return fem::error_memory;
         if (set->size() < form::dim(values)) {
             reset();
-            return -101;
+            return fem::error_data;
         }
         values_ = values;
         ids_ = set;
@@ -145,11 +146,11 @@ public:
         }
         ws.DOFs = ids_;
         bool all_zero = true;
-        if (gather(ws.U, *ids_, ws.U_element, all_zero)) return -199;
+        if (gather(ws.U, *ids_, ws.U_element, all_zero)) return fem::error_memory;
         if (!all_zero) {
             // Internal force -scale * K U and the elastic energy 0.5 * scale * U K U.
             dense1D<double> f;
-            if (!f.resize(n)) return -199;
+            if (!f.resize(n)) return fem::error_memory;
             form::product(values_, ws.U_element.data(), f.data());
             double energy = 0.0;
             for (std::size_t i = 0; i < n; ++i) {
@@ -164,7 +165,7 @@ public:
                 form::hand_over(ws, ids_, values_);
             } else {
                 V m;
-                if (!form::scaled(values_, scale, m)) return -199;
+                if (!form::scaled(values_, scale, m)) return fem::error_memory;
                 form::hand_over(ws, ids_, m);
             }
         }

@@ -12,7 +12,7 @@
 
 namespace orv {
 namespace fem {
-namespace internal {
+namespace detail {
 
 // Replaces the pointee of h by a new Engine registered on ctx.
 template <class Engine, class Handle>
@@ -48,6 +48,6 @@ error_type get_stiffness_params(const Handle& h, Values& values, dense1D<unsigne
     return no_error;
 }
 
-}  // namespace internal
+}  // namespace detail
 }  // namespace fem
 }  // namespace orv

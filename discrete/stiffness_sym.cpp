@@ -17,14 +17,14 @@ stiffness_sym::stiffness_sym(context& ctx, const symmetric_full<double>& values,
     if (create(ctx) == no_error) init(values, ids, absolute);
 }
 
-error_type stiffness_sym::create(context& ctx) { return internal::create_stiffness<core::stiffness_sym>(*this, ctx); }
+error_type stiffness_sym::create(context& ctx) { return detail::create_stiffness<core::stiffness_sym>(*this, ctx); }
 
 error_type stiffness_sym::init(const symmetric_full<double>& values, const dense1D<unsigned int>& ids, int absolute) {
-    return internal::init_stiffness(*this, values, ids, absolute);
+    return detail::init_stiffness(*this, values, ids, absolute);
 }
 
 error_type stiffness_sym::get_params(symmetric_full<double>& values, dense1D<unsigned int>& ids, int& absolute) const {
-    return internal::get_stiffness_params(*this, values, ids, absolute);
+    return detail::get_stiffness_params(*this, values, ids, absolute);
 }
 
 }  // namespace fem

@@ -9,7 +9,7 @@ namespace core {
 // Registered on its context at construction, with one element.
 class stiffness_sym : public stiffness_given<symmetric_full<double>> {
 public:
-    explicit stiffness_sym(context_type* ctx) : stiffness_given<symmetric_full<double>>(ctx) { __register(1); }
+    explicit stiffness_sym(context_type* ctx) : stiffness_given<symmetric_full<double>>(ctx) { register_self(1); }
 };
 
 }  // namespace core

@@ -18,15 +18,15 @@ stiffness_sym_sparse::stiffness_sym_sparse(context& ctx, const symmetric_sparse<
 }
 
 error_type stiffness_sym_sparse::create(context& ctx) {
-    return internal::create_stiffness<core::stiffness_sym_sparse>(*this, ctx);
+    return detail::create_stiffness<core::stiffness_sym_sparse>(*this, ctx);
 }
 
 error_type stiffness_sym_sparse::init(const symmetric_sparse<double>& values, const dense1D<unsigned int>& ids, int absolute) {
-    return internal::init_stiffness(*this, values, ids, absolute);
+    return detail::init_stiffness(*this, values, ids, absolute);
 }
 
 error_type stiffness_sym_sparse::get_params(symmetric_sparse<double>& values, dense1D<unsigned int>& ids, int& absolute) const {
-    return internal::get_stiffness_params(*this, values, ids, absolute);
+    return detail::get_stiffness_params(*this, values, ids, absolute);
 }
 
 }  // namespace fem

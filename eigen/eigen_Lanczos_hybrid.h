@@ -164,7 +164,7 @@ int eigen_Lanczos_hybrid<RunSettings, RunData>::basis_impl(std::size_t m, dense2
             if (++restarts == 4) break;
             for (std::size_t i = 0; i < n; ++i) {
                 r[i] = 0.0;
-                r[i] += double(twister_()) * (half - (-half)) * eigen_internal::unit_32 - half;
+                r[i] += double(twister_()) * (half - (-half)) * detail::unit_32 - half;
             }
         } else {
             ek::column_run last;

@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "eigen/eigen_kernels.h"
 
 #include <algorithm>
@@ -10,14 +11,14 @@ namespace eigen_kernels {
 
 int resident_run(dense2D_OOC<double>& A, std::size_t c, column_run& run) {
     run = column_run();
-    if (c >= A.cols()) return -101;
+    if (c >= A.cols()) return fem::error_data;
     // The whole rest first; a matrix that cannot hold it gives at least column c.
     if (A.window(c, A.cols() - c) != 0) {
         const int rc = A.window(c, 1);
         if (rc) return rc;
     }
     run.p = A.col(c);
-    if (!run.p) return -200;
+    if (!run.p) return fem::error_internal;
     std::size_t n = 1;
     while (c + n < A.cols() && A.col(c + n)) ++n;
     run.n = n;
@@ -42,7 +43,7 @@ int solve_columns(const skyline_factor& K, dense2D_OOC<double>& X, int n_threads
 int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y,
                  int n_threads) {
     const std::size_t n = X.rows();
-    if (Y.rows() != n || Y.cols() != X.cols() || M.dimension() != n) return -101;
+    if (Y.rows() != n || Y.cols() != X.cols() || M.dimension() != n) return fem::error_data;
     for (std::size_t c = 0; c < X.cols();) {
         column_run rx, ry;
         int rc = resident_run(X, c, rx);
@@ -63,7 +64,7 @@ int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_O
 
 int cross_packed(dense2D_OOC<double>& X, dense2D_OOC<double>& Y, double* packed) {
     const std::size_t n = X.rows(), m = X.cols();
-    if (Y.rows() != n || Y.cols() != m) return -101;
+    if (Y.rows() != n || Y.cols() != m) return fem::error_data;
     for (std::size_t i = 0; i < m;) {
         column_run rx;
         int rc = resident_run(X, i, rx);
@@ -91,7 +92,7 @@ int cross_packed(dense2D_OOC<double>& X, dense2D_OOC<double>& Y, double* packed)
 
 int combine(dense2D_OOC<double>& A, const orv::dense2D<double>& Q, dense2D_OOC<double>& B) {
     const std::size_t n = A.rows();
-    if (B.rows() != n || Q.rows() != A.cols() || B.cols() != Q.cols()) return -101;
+    if (B.rows() != n || Q.rows() != A.cols() || B.cols() != Q.cols()) return fem::error_data;
     for (std::size_t jb = 0; jb < B.cols();) {
         column_run rb;
         int rc = resident_run(B, jb, rb);
@@ -114,7 +115,7 @@ int combine(dense2D_OOC<double>& A, const orv::dense2D<double>& Q, dense2D_OOC<d
 
 int copy_columns(dense2D_OOC<double>& A, dense2D_OOC<double>& B) {
     const std::size_t n = A.rows();
-    if (B.rows() != n || B.cols() != A.cols()) return -101;
+    if (B.rows() != n || B.cols() != A.cols()) return fem::error_data;
     for (std::size_t c = 0; c < A.cols(); ++c) {
         column_run ra, rb;
         int rc = resident_run(A, c, ra);
@@ -122,7 +123,7 @@ int copy_columns(dense2D_OOC<double>& A, dense2D_OOC<double>& B) {
         rc = resident_run(B, c, rb);
         if (rc) return rc;
         const double* a = A.col(c);
-        if (!a) return -200;
+        if (!a) return fem::error_internal;
         std::copy(a, a + n, rb.p);
     }
     return 0;

@@ -28,7 +28,7 @@ struct eigen_settings {
     void* pass_thru = nullptr;
 };
 
-namespace eigen_internal {
+namespace detail {
 
 // 2^-32 and half of it: a 32-bit output of the twister as a fraction of [0, 1), or
 // of [0, 0.5).
@@ -44,6 +44,6 @@ constexpr double half_unit_32 = 1.1641532185403987e-10;
 int start_vectors(dense2D_OOC<double>& T, std::size_t from, const std::vector<double>& mass_diag,
                   const std::vector<double>& dinv, std::mt19937& twister);
 
-}  // namespace eigen_internal
+}  // namespace detail
 }  // namespace core
 }  // namespace orv

@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include <algorithm>
 #include <cmath>
 
@@ -5,13 +6,13 @@
 
 namespace orv {
 namespace core {
-namespace eigen_internal {
+namespace detail {
 
 int start_vectors(dense2D_OOC<double>& T, std::size_t from, const std::vector<double>& mass_diag,
                   const std::vector<double>& dinv, std::mt19937& twister) {
     const std::size_t n = T.rows(), m = T.cols();
     if (from >= m) return 0;
-    if (mass_diag.size() != n || dinv.size() != n) return -101;
+    if (mass_diag.size() != n || dinv.size() != n) return fem::error_data;
     // Column c made resident (null when it cannot be).
     auto column = [&T](std::size_t c) {
         double* p = T.col(c);
@@ -20,7 +21,7 @@ int start_vectors(dense2D_OOC<double>& T, std::size_t from, const std::vector<do
     };
     for (std::size_t c = from; c < m; ++c) {
         double* p = column(c);
-        if (!p) return -200;
+        if (!p) return fem::error_internal;
         std::fill(p, p + n, 0.0);
     }
     std::vector<double> s(mass_diag);
@@ -28,7 +29,7 @@ int start_vectors(dense2D_OOC<double>& T, std::size_t from, const std::vector<do
     std::size_t noisy = from;
     if (any_mass) {
         double* p = column(from);
-        if (!p) return -200;
+        if (!p) return fem::error_internal;
         std::copy(s.begin(), s.end(), p);
         for (std::size_t i = 0; i < n; ++i) {
             s[i] *= dinv[i];
@@ -41,7 +42,7 @@ int start_vectors(dense2D_OOC<double>& T, std::size_t from, const std::vector<do
                 if (std::fabs(s[i]) > std::fabs(s[k])) k = i;
             if (s[k] == 0.0) break;
             double* q = column(noisy);
-            if (!q) return -200;
+            if (!q) return fem::error_internal;
             q[k] = s[k] > 0 ? 1.0 : -1.0;
             s[k] = 0.0;
         }
@@ -49,12 +50,12 @@ int start_vectors(dense2D_OOC<double>& T, std::size_t from, const std::vector<do
     const double r = 1.0 / std::sqrt(double(n));
     for (std::size_t c = noisy; c < m; ++c) {
         double* p = column(c);
-        if (!p) return -200;
+        if (!p) return fem::error_internal;
         for (std::size_t i = 0; i < n; ++i) p[i] += double(twister()) * (2.0 * r) * unit_32 - r;
     }
     return 0;
 }
 
-}  // namespace eigen_internal
+}  // namespace detail
 }  // namespace core
 }  // namespace orv

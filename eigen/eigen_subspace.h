@@ -98,7 +98,7 @@ int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D
         dense2D_OOC<double> Xg = X.sub_columns(0, n_given), Yg = Y.sub_columns(0, n_given);
         if ((rc = ek::mass_product(M_, Xg, Yg, nt))) return rc;
     }
-    if ((rc = eigen_internal::start_vectors(Y, n_given, mass_diag, dinv, twister))) return rc;
+    if ((rc = detail::start_vectors(Y, n_given, mass_diag, dinv, twister))) return rc;
     if ((rc = ek::copy_columns(Y, X))) return rc;
 
     std::vector<double> Kr, Mr, lambda;
@@ -130,7 +130,7 @@ int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D
             Y.pop_back(1);
             --m;
             have_modes = false;
-            if ((rc = eigen_internal::start_vectors(X, rejected, mass_diag, dinv, twister))) return rc;
+            if ((rc = detail::start_vectors(X, rejected, mass_diag, dinv, twister))) return rc;
             const bool at_limit = iterations_ >= s_.max_iterations;
             ++iterations_;
             if (at_limit) break;

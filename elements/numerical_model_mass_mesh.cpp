@@ -21,7 +21,7 @@ int mass_mesh_base::get_local_basis(const dense2D<double>&, std::uint32_t elemen
     return 0;
 }
 
-int mass_mesh_base::__finish(element_workspace& ws, unsigned nn, unsigned nd, const unsigned* local,
+int mass_mesh_base::finish_element(element_workspace& ws, unsigned nn, unsigned nd, const unsigned* local,
                              const double* m) const {
     const bool want_matrix = ws.matrix_level == 1 || ws.matrix_level == 2;
     const bool want_vector = ws.vector_level > 0 && ws.U;

@@ -5,6 +5,7 @@
 // consistent at matrix_level 1 and lumped to a diagonal at matrix_level 2.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <new>
 
 #include "elements/element_family_table.h"
@@ -20,7 +21,7 @@ public:
                    fem::element_type type);
 
     // The mass matrix (code 2) only; code 9 goes its own way.
-    bool has_matrix(unsigned matrix_code) const override { return matrix_code == 2; }
+    bool has_matrix(unsigned matrix_code) const override { return matrix_code == fem::matrix_M; }
     // Mass meshes take no load.
     bool accepts_load(const fem::elementary_load&) const override { return false; }
     bool has_internal_states() const override { return false; }
@@ -38,7 +39,7 @@ protected:
     // lumped to ws.diag (matrix_level 2), nothing at other levels. With vector_level
     // 1 and a solution U, the vector -M u (the inertial force of an acceleration u)
     // and, in the first result, u M u / 2 (the kinetic energy of a velocity u).
-    int __finish(element_workspace& ws, unsigned nn, unsigned nd, const unsigned* local, const double* m) const;
+    int finish_element(element_workspace& ws, unsigned nn, unsigned nd, const unsigned* local, const double* m) const;
 };
 
 template <class Server>
@@ -51,7 +52,7 @@ public:
     numerical_model_mass_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                               const dense2D<unsigned int>& connectivity, fem::element_type type)
         : mass_mesh_base(ctx, physics, connectivity, type) {
-        __register(nbr_elements());
+        register_self(nbr_elements());
     }
 
     int compute_matrix(unsigned matrix_code, element_workspace& ws) override {
@@ -61,20 +62,20 @@ public:
         ws.reset();
         const unsigned nd = physics_ ? physics_->nbr_DOF_slots() : 0;
         if (nd > max_ND) return fem::error_connectivity;
-        int rc = __prepare(ws, NN, nd, nodes, X, local, Server::planar);
+        int rc = prepare_element(ws, NN, nd, nodes, X, local, Server::planar);
         if (rc) return rc;
         double m[NN * NN] = {};
-        if (matrix_code == 9) {
+        if (matrix_code == fem::matrix_nodal) {
             server_.nodal_matrix(X, m);
-            return __nodal_matrix(ws, NN, nodes, m);
+            return add_nodal_matrix(ws, NN, nodes, m);
         }
         if (!has_matrix(matrix_code)) return 0;
-        rc = server_.compute(*mass()->density(), __global_element(ws.element_ID), X, m);
+        rc = server_.compute(*mass()->density(), global_element(ws.element_ID), X, m);
         if (rc) {
             ws.reset();
             return rc;
         }
-        return __finish(ws, NN, nd, local, m);
+        return finish_element(ws, NN, nd, local, m);
     }
 
 private:

@@ -23,7 +23,7 @@ stiff_mesh_base::stiff_mesh_base(context_type* ctx, const Ptr<physics_model_base
       type_(type),
       bad_(connectivity.cols(), 0) {}
 
-void stiff_mesh_base::__mark_element(std::uint32_t element, double min_detJ, unsigned nn, const double (*X)[3],
+void stiff_mesh_base::mark_element(std::uint32_t element, double min_detJ, unsigned nn, const double (*X)[3],
                                      unsigned dim) {
     if (element >= bad_.size()) return;
     double lo[3], hi[3];
@@ -46,7 +46,7 @@ namespace {
 constexpr unsigned fields_scratch = 6;
 }
 
-bool stiff_mesh_base::__keep_fields(element_workspace& ws, const double* fields, unsigned width, unsigned np) const {
+bool stiff_mesh_base::keep_fields(element_workspace& ws, const double* fields, unsigned width, unsigned np) const {
     dense2D<double>& m = ws.scratch[fields_scratch];
     if (!m.resize(width + 2, np)) return false;
     for (unsigned p = 0; p < np; ++p)
@@ -56,7 +56,7 @@ bool stiff_mesh_base::__keep_fields(element_workspace& ws, const double* fields,
     return true;
 }
 
-bool stiff_mesh_base::__kept_fields(const element_workspace& ws, unsigned width, unsigned np, double* out) const {
+bool stiff_mesh_base::kept_fields(const element_workspace& ws, unsigned width, unsigned np, double* out) const {
     const dense2D<double>& m = ws.scratch[fields_scratch];
     if (m.rows() != width + 2 || m.cols() != np || m(width, 0) != ws.element_ID || m(width + 1, 0) != ID())
         return false;
@@ -147,7 +147,7 @@ int stiff_mesh_base::get_DOFs(const DOFs_mgr&, std::uint32_t element, unsigned m
     const std::uint32_t n = nbr_elements();
     std::uint32_t first = 0, end = n;
     if (element != all_elements) {
-        if (element >= n) return -102;
+        if (element >= n) return fem::error_index;
         first = element;
         end = element + 1;
     }
@@ -155,11 +155,11 @@ int stiff_mesh_base::get_DOFs(const DOFs_mgr&, std::uint32_t element, unsigned m
     for (std::uint32_t e = first; e < end; ++e)
         for (std::size_t i = 0; i < connectivity_.rows(); ++i) {
             const unsigned node = connectivity_(i, e);
-            if (node == 0xFFFFFFFFu) return -104;
-            if (node > 0xFFFFFFFEu / 9u) return -105;  // no DOF ID of 32 bits
+            if (node == 0xFFFFFFFFu) return fem::error_element_type;
+            if (node > 0xFFFFFFFEu / 9u) return fem::error_connectivity;  // no DOF ID of 32 bits
             for (unsigned k = 0; k < nd; ++k) {
                 const unsigned ID = node * 9u + physics_->DOF_slot(k);
-                if (is_selected(ID, filter) && !list.push_back(ID)) return -199;
+                if (is_selected(ID, filter) && !list.push_back(ID)) return fem::error_memory;
             }
         }
     return 0;
@@ -167,27 +167,27 @@ int stiff_mesh_base::get_DOFs(const DOFs_mgr&, std::uint32_t element, unsigned m
 
 int stiff_mesh_base::get_element_basis(const dense2D<double>& pos, std::uint32_t element,
                                        matrix_fixed<double, 3, 3>& R) const {
-    if (element >= nbr_elements()) return -102;
-    if (connectivity_.rows() < 3) return -101;
+    if (element >= nbr_elements()) return fem::error_index;
+    if (connectivity_.rows() < 3) return fem::error_data;
     double x[3][3];
     for (unsigned i = 0; i < 3; ++i) {
         const unsigned node = connectivity_(i, element);
-        if (node >= pos.cols()) return -105;
+        if (node >= pos.cols()) return fem::error_connectivity;
         for (unsigned c = 0; c < 3; ++c) {
             x[i][c] = c < pos.rows() ? pos(c, node) : 0.0;
-            if (!std::isfinite(x[i][c])) return -105;
+            if (!std::isfinite(x[i][c])) return fem::error_connectivity;
         }
     }
     const double a[3] = {x[0][0] - x[2][0], x[0][1] - x[2][1], x[0][2] - x[2][2]};
     const double b[3] = {x[1][0] - x[2][0], x[1][1] - x[2][1], x[1][2] - x[2][2]};
     double T[3][3];
-    if (!triad_from(a, b, T)) return -101;
+    if (!triad_from(a, b, T)) return fem::error_data;
     for (unsigned i = 0; i < 3; ++i)
         for (unsigned j = 0; j < 3; ++j) R(i, j) = T[j][i];
     return 0;
 }
 
-std::uint32_t stiff_mesh_base::__global_element(std::uint32_t element) const {
+std::uint32_t stiff_mesh_base::global_element(std::uint32_t element) const {
     const context_type* ctx = get_context();
     if (!ctx || !ctx->models()) return element;
     const std::uint32_t first = ctx->models()->global_FE_ID(ID());
@@ -198,14 +198,14 @@ bool stiff_mesh_base::has_internal_states() const {
     return physics_ && physics_->material() && physics_->material()->has_states();
 }
 
-int stiff_mesh_base::__prepare(element_workspace& ws, unsigned nn, unsigned nd, unsigned* nodes, double (*X)[3],
+int stiff_mesh_base::prepare_element(element_workspace& ws, unsigned nn, unsigned nd, unsigned* nodes, double (*X)[3],
                                unsigned* local, bool planar) const {
     ws.model_ID = ID();
     for (unsigned i = 0; i < nn; ++i) nodes[i] = 0xFFFFFFFFu;
     const std::uint32_t e = ws.element_ID;
     if (e >= nbr_elements() || connectivity_.rows() != nn) {
         ws.reset();
-        return -102;
+        return fem::error_index;
     }
     unsigned largest = 0;
     for (unsigned i = 0; i < nn; ++i) {
@@ -215,7 +215,7 @@ int stiff_mesh_base::__prepare(element_workspace& ws, unsigned nn, unsigned nd, 
     const dense2D<double>* pos = ws.pos;
     if (!pos || largest >= pos->cols() || pos->rows() < 3 || !physics_ || physics_->nbr_DOF_slots() != nd) {
         ws.reset();
-        return -105;
+        return fem::error_connectivity;
     }
     // Coordinates that are not finite would poison the element's matrix: refused as
     // a node without usable coordinates.
@@ -223,7 +223,7 @@ int stiff_mesh_base::__prepare(element_workspace& ws, unsigned nn, unsigned nd, 
         for (unsigned c = 0; c < 3; ++c)
             if (!std::isfinite((*pos)(c, nodes[i]))) {
                 ws.reset();
-                return -105;
+                return fem::error_connectivity;
             }
     const unsigned row0 = planar ? physics_->DOF_slot(0) % 3 : 0;
     const unsigned row1 = planar ? physics_->DOF_slot(1) % 3 : 1;
@@ -242,13 +242,13 @@ int stiff_mesh_base::__prepare(element_workspace& ws, unsigned nn, unsigned nd, 
         for (unsigned k = 0; k < nd; ++k) ids[i * nd + k] = nodes[i] * 9u + physics_->DOF_slot(k);
     if (!ws.set_DOFs(ids, n)) {
         ws.reset();
-        return -199;
+        return fem::error_memory;
     }
     for (unsigned a = 0; a < n; ++a) local[a] = ws.DOFs->find(ids[a]);
     return 0;
 }
 
-bool stiff_mesh_base::__gather(const element_workspace& ws, unsigned nn, unsigned nd, const unsigned* nodes,
+bool stiff_mesh_base::gather_element(const element_workspace& ws, unsigned nn, unsigned nd, const unsigned* nodes,
                                double* u) const {
     if (!ws.U) return false;
     for (unsigned i = 0; i < nn; ++i)
@@ -259,7 +259,7 @@ bool stiff_mesh_base::__gather(const element_workspace& ws, unsigned nn, unsigne
     return true;
 }
 
-void stiff_mesh_base::__scatter_matrix(element_workspace& ws, unsigned n, const unsigned* local, const double* K) {
+void stiff_mesh_base::scatter_matrix(element_workspace& ws, unsigned n, const unsigned* local, const double* K) {
     symmetric_full<double>& M = ws.sym.matrix();
     for (unsigned a = 0; a < n; ++a)
         for (unsigned b = 0; b <= a; ++b) {
@@ -269,24 +269,24 @@ void stiff_mesh_base::__scatter_matrix(element_workspace& ws, unsigned n, const 
         }
 }
 
-void stiff_mesh_base::__scatter_vector(element_workspace& ws, unsigned n, const unsigned* local, const double* f) {
+void stiff_mesh_base::scatter_vector(element_workspace& ws, unsigned n, const unsigned* local, const double* f) {
     for (unsigned a = 0; a < n; ++a) ws.vector[local[a]] += f[a];
 }
 
-int stiff_mesh_base::__nodal_matrix(element_workspace& ws, unsigned nn, const unsigned* nodes, const double* M) const {
+int stiff_mesh_base::add_nodal_matrix(element_workspace& ws, unsigned nn, const unsigned* nodes, const double* M) const {
     if (!ws.set_DOFs(nodes, nn)) {
         ws.reset();
-        return -199;
+        return fem::error_memory;
     }
     const std::size_t m = ws.DOFs->size();
     dense1D<unsigned int> ptr, col;
-    if (!ptr.push_back(0)) return -199;
+    if (!ptr.push_back(0)) return fem::error_memory;
     for (std::size_t r = 0; r < m; ++r) {
         for (std::size_t c = r; c < m; ++c)
-            if (!col.push_back(static_cast<unsigned>(c))) return -199;
-        if (!ptr.push_back(static_cast<unsigned>(col.size()))) return -199;
+            if (!col.push_back(static_cast<unsigned>(c))) return fem::error_memory;
+        if (!ptr.push_back(static_cast<unsigned>(col.size()))) return fem::error_memory;
     }
-    if (!ws.sparse.matrix().init(ptr, col, 0.0)) return -199;
+    if (!ws.sparse.matrix().init(ptr, col, 0.0)) return fem::error_memory;
     ws.sparse.set_IDs(ws.DOFs);
     for (unsigned i = 0; i < nn; ++i)
         for (unsigned j = 0; j <= i; ++j) {
@@ -338,10 +338,10 @@ int create_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                       const dense2D<unsigned int>& connectivity, fem::element_type type,
                       Ptr<numerical_model_base>& model) {
     model.reset();
-    if (!physics || !physics->is_ready()) return -101;
+    if (!physics || !physics->is_ready()) return fem::error_data;
     if (!elfes::find_family_entry(physics_name(physics->get_family_code()), type, instance_bit(*physics)))
-        return -104;
-    if (connectivity.rows() != fem::nbr_nodes(type)) return -105;
+        return fem::error_element_type;
+    if (connectivity.rows() != fem::nbr_nodes(type)) return fem::error_connectivity;
     numerical_model_base* m = nullptr;
     try {
         switch (fem::element_dim(type)) {
@@ -359,7 +359,7 @@ int create_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
             default: break;
         }
     } catch (const std::bad_alloc&) {
-        return -199;
+        return fem::error_memory;
     }
     return adopt_mesh(m, model);
 }

@@ -4,6 +4,7 @@
 // the template numerical_model_stiff_mesh adds the element computations.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -36,7 +37,7 @@ public:
     std::uint32_t nbr_elements() const override { return static_cast<std::uint32_t>(connectivity_.cols()); }
     double get_size(const dense2D<double>& pos) const override;
     // Stiffness meshes have K (code 1) only; code 9 goes its own way.
-    bool has_matrix(unsigned matrix_code) const override { return matrix_code == 1; }
+    bool has_matrix(unsigned matrix_code) const override { return matrix_code == fem::matrix_K; }
     // Forces on displacements (kind 24), not the inertial kinds; a pressure (type 3)
     // only on surfaces.
     bool accepts_load(const fem::elementary_load& record) const override;
@@ -63,30 +64,30 @@ protected:
     // coordinate slots of the physics when `planar`), sets ws.DOFs to the sorted list
     // of the element's DOFs and `local` to the position of each local DOF (node by
     // node, nd per node) in it. Returns 0, -102 or -105 (after resetting ws).
-    int __prepare(element_workspace& ws, unsigned nn, unsigned nd, unsigned* nodes, double (*X)[3], unsigned* local,
+    int prepare_element(element_workspace& ws, unsigned nn, unsigned nd, unsigned* nodes, double (*X)[3], unsigned* local,
                   bool planar) const;
     // The element's displacements in local order from ws.U; false when there is none.
-    bool __gather(const element_workspace& ws, unsigned nn, unsigned nd, const unsigned* nodes, double* u) const;
+    bool gather_element(const element_workspace& ws, unsigned nn, unsigned nd, const unsigned* nodes, double* u) const;
     // Adds the lower triangle of the n x n row-major K at the positions `local` of
     // ws.sym (the matrix must be initialised).
-    static void __scatter_matrix(element_workspace& ws, unsigned n, const unsigned* local, const double* K);
-    static void __scatter_vector(element_workspace& ws, unsigned n, const unsigned* local, const double* f);
+    static void scatter_matrix(element_workspace& ws, unsigned n, const unsigned* local, const double* K);
+    static void scatter_vector(element_workspace& ws, unsigned n, const unsigned* local, const double* f);
     // The global number of a local element (numerical_models_mgr), the key of the
     // laws' per-element data and states; the local number when the model has no range.
-    std::uint32_t __global_element(std::uint32_t element) const;
+    std::uint32_t global_element(std::uint32_t element) const;
     // The nodal matrix of code 9 on the element's node IDs, in ws.sparse.
-    int __nodal_matrix(element_workspace& ws, unsigned nn, const unsigned* nodes, const double* M) const;
+    int add_nodal_matrix(element_workspace& ws, unsigned nn, const unsigned* nodes, const double* M) const;
     // Records whether the element is bad, from the smallest determinant of its points
     // and its nodes' coordinates X (nn nodes) in `dim` dimensions. Each element is
     // computed by one thread at a time, so that the flags need no lock.
-    void __mark_element(std::uint32_t element, double min_detJ, unsigned nn, const double (*X)[3], unsigned dim);
+    void mark_element(std::uint32_t element, double min_detJ, unsigned nn, const double (*X)[3], unsigned dim);
     // The point fields of the element's last stiffness computation (width values per
     // point, np points) are kept in the workspace's last scratch matrix, tagged with
     // the model and element, for a projection that does not recompute them.
-    bool __keep_fields(element_workspace& ws, const double* fields, unsigned width, unsigned np) const;
+    bool keep_fields(element_workspace& ws, const double* fields, unsigned width, unsigned np) const;
     // Copies those fields to `out` when they are the workspace's element's of this
     // model; false otherwise.
-    bool __kept_fields(const element_workspace& ws, unsigned width, unsigned np, double* out) const;
+    bool kept_fields(const element_workspace& ws, unsigned width, unsigned np, double* out) const;
 
     Ptr<physics_model_base> physics_;
     dense2D<unsigned int> connectivity_;
@@ -109,28 +110,28 @@ public:
     numerical_model_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                                const dense2D<unsigned int>& connectivity, fem::element_type type)
         : stiff_mesh_base(ctx, physics, connectivity, type) {
-        __register(nbr_elements());
+        register_self(nbr_elements());
     }
 
     int compute_matrix(unsigned matrix_code, element_workspace& ws) override {
         unsigned nodes[NN];
         double X[NN][3];
         unsigned local[NDOF];
-        int rc = __prepare(ws, NN, ND, nodes, X, local, planar);
+        int rc = prepare_element(ws, NN, ND, nodes, X, local, planar);
         if (rc) return rc;
-        if (matrix_code == 9) {
+        if (matrix_code == fem::matrix_nodal) {
             double M[NN * NN] = {};
             server_.nodal_matrix(X, M);
-            return __nodal_matrix(ws, NN, nodes, M);
+            return add_nodal_matrix(ws, NN, nodes, M);
         }
         if (!has_matrix(matrix_code)) return 0;
         const bool want_matrix = ws.matrix_level > 0;
         const bool want_vector = ws.vector_level > 0;
         double u[NDOF];
-        const bool has_u = __gather(ws, NN, ND, nodes, u);
+        const bool has_u = gather_element(ws, NN, ND, nodes, u);
         stiffness_input in;
         in.physics = physics_.get();
-        in.element = __global_element(ws.element_ID);
+        in.element = global_element(ws.element_ID);
         in.want_matrix = want_matrix && ws.matrix_level != 3;
         in.want_geometric = ws.matrix_level == 3;
         in.want_vector = want_vector;
@@ -144,29 +145,29 @@ public:
         double f[NDOF] = {};
         double energy = 0.0;
         rc = server_.compute(in, X, has_u ? u : nullptr, K, f, energy);
-        __mark_element(ws.element_ID, min_detJ, NN, X, Server::shape_type::dim);
+        mark_element(ws.element_ID, min_detJ, NN, X, Server::shape_type::dim);
         if (rc) {
             // a law that cannot evaluate the point fails the element
             ws.reset();
-            return rc > -100 ? -106 : rc;
+            return rc > -100 ? fem::error_element : rc;
         }
-        if (!__keep_fields(ws, fields, FW, NP)) {
+        if (!keep_fields(ws, fields, FW, NP)) {
             ws.reset();
-            return -199;
+            return fem::error_memory;
         }
         if (want_matrix) {
             if (!ws.init_sym()) {
                 ws.reset();
-                return -199;
+                return fem::error_memory;
             }
-            __scatter_matrix(ws, NDOF, local, K);
+            scatter_matrix(ws, NDOF, local, K);
         }
         if (want_vector) {
             if (!ws.init_vector()) {
                 ws.reset();
-                return -199;
+                return fem::error_memory;
             }
-            __scatter_vector(ws, NDOF, local, f);
+            scatter_vector(ws, NDOF, local, f);
         }
         ws.results[0] += energy;
         return 0;
@@ -177,7 +178,7 @@ public:
         double X[NN][3];
         unsigned local[NDOF];
         ws.reset_vector();
-        int rc = __prepare(ws, NN, ND, nodes, X, local, planar);
+        int rc = prepare_element(ws, NN, ND, nodes, X, local, planar);
         if (rc) return rc;
         if (!accepts_load(record)) return 0;
         const bool pressure = (record.type & 0x7Fu) == fem::elementary_load::type_scalar;
@@ -192,9 +193,9 @@ public:
         load_server_.distributed(X, q, pressure, f);
         if (!ws.init_vector()) {
             ws.reset();
-            return -199;
+            return fem::error_memory;
         }
-        __scatter_vector(ws, NDOF, local, f);
+        scatter_vector(ws, NDOF, local, f);
         return 0;
     }
 
@@ -214,26 +215,26 @@ public:
         const int levels[2] = {ws.matrix_level, ws.vector_level};
         const unsigned char commit = ws.flags[0];
         ws.reset();
-        int rc = __prepare(ws, NN, ND, nodes, X, local, planar);
+        int rc = prepare_element(ws, NN, ND, nodes, X, local, planar);
         if (rc) return rc;
         if (field > 1 || component >= Server::NS) {
             ws.reset();
-            return -104;
+            return fem::error_element_type;
         }
         double proj[NN] = {};
         double kept[FW * NP];
-        if (!recompute && __kept_fields(ws, FW, NP, kept)) {
+        if (!recompute && kept_fields(ws, FW, NP, kept)) {
             const unsigned slot = (field == 1 ? Server::NS : 0) + component;
             for (unsigned p = 0; p < NP; ++p)
                 for (unsigned i = 0; i < NN; ++i) proj[i] += kept[p * FW + 2 * Server::NS + i] * kept[p * FW + slot];
         } else {
             double u[NDOF];
-            const bool has_u = __gather(ws, NN, ND, nodes, u);
+            const bool has_u = gather_element(ws, NN, ND, nodes, u);
             ws.matrix_level = ws.vector_level = 0;
             ws.flags[0] = 0;
             stiffness_input in;
             in.physics = physics_.get();
-            in.element = __global_element(ws.element_ID);
+            in.element = global_element(ws.element_ID);
             in.want_matrix = false;
             in.law_flags = ws.flags[0] ? 1u : 0u;
             in.params = &ws.params;
@@ -252,7 +253,7 @@ public:
         }
         if (!ws.set_DOFs(nodes, NN) || !ws.init_vector()) {
             ws.reset();
-            return -199;
+            return fem::error_memory;
         }
         for (unsigned i = 0; i < NN; ++i) {
             const std::uint32_t k = ws.DOFs->find(nodes[i]);
@@ -266,16 +267,16 @@ public:
     // there, else the axes of a planar physics' plane (x0, x1, third), else the
     // identity.
     int get_local_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const override {
-        if (element >= nbr_elements()) return -102;
+        if (element >= nbr_elements()) return fem::error_index;
         for (unsigned i = 0; i < 3; ++i)
             for (unsigned j = 0; j < 3; ++j) R(i, j) = i == j ? 1.0 : 0.0;
         double X[NN][3];
         for (unsigned i = 0; i < NN; ++i) {
             const unsigned node = connectivity_(i, element);
-            if (node >= pos.cols() || pos.rows() < 3) return -105;
+            if (node >= pos.cols() || pos.rows() < 3) return fem::error_connectivity;
             for (unsigned c = 0; c < 3; ++c) {
                 X[i][c] = pos(c, node);
-                if (!std::isfinite(X[i][c])) return -105;
+                if (!std::isfinite(X[i][c])) return fem::error_connectivity;
             }
         }
         if constexpr (Kin::element_frame) {
@@ -317,20 +318,20 @@ public:
         unsigned nodes[NN];
         double X[NN][3];
         unsigned local[NDOF];
-        int rc = __prepare(ws, NN, ND, nodes, X, local, planar);
+        int rc = prepare_element(ws, NN, ND, nodes, X, local, planar);
         if (rc) return rc;
         double u[NDOF] = {};
-        __gather(ws, NN, ND, nodes, u);
+        gather_element(ws, NN, ND, nodes, u);
         constexpr unsigned NS = Server::NS;
         constexpr unsigned NP = decltype(Server::table)::nbr_points;
         double S[NS * NP], E[NS * NP];
         stiffness_input in;
         in.physics = physics_.get();
-        in.element = __global_element(element);
+        in.element = global_element(element);
         in.params = &ws.params;
         rc = server_.point_values(in, X, u, S, E);
         if (rc) return rc;
-        if (!out.resize(2 * NS, NP)) return -199;
+        if (!out.resize(2 * NS, NP)) return fem::error_memory;
         for (unsigned p = 0; p < NP; ++p)
             for (unsigned k = 0; k < NS; ++k) {
                 out(k, p) = S[p * NS + k];

@@ -5,6 +5,7 @@
 // serves all the threads of an assembly.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cstdint>
 #include <type_traits>
 
@@ -75,7 +76,7 @@ public:
     int compute(const stiffness_input& in, const double (*X)[3], const double* u, double* K, double* f,
                 double& energy) const {
         const mesh_material* law = in.physics->material();
-        if (!law) return -101;
+        if (!law) return fem::error_data;
         static const double zero_u[NDOF] = {};
         const double* uu = u ? u : zero_u;
         element_data ed;
@@ -154,7 +155,7 @@ public:
     int point_values(const stiffness_input& in, const double (*X)[3], const double* u, double* stress,
                      double* strain) const {
         const mesh_material* law = in.physics->material();
-        if (!law) return -101;
+        if (!law) return fem::error_data;
         element_data ed;
         compose(X, u, ed);
         for (unsigned p = 0; p < table.nbr_points; ++p) {

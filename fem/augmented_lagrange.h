@@ -3,6 +3,7 @@
 // changes) and by multipliers that are accumulated into the right-hand side.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <algorithm>
 #include <cassert>
 #include <cmath>
@@ -145,8 +146,8 @@ int augmented_lagrange_solver<Constraints>::solve(double* F, double* u, const Ru
             set_error(data, code, "Error in ALM solver.", source, __LINE__);
             return code;
         }
-        set_error(data, -109, "Convergence error in ALM solver.", source, __LINE__);
-        return -109;
+        set_error(data, fem::error_convergence, "Convergence error in ALM solver.", source, __LINE__);
+        return fem::error_convergence;
     }
     log_line(run, 4, "  Convergence within %d iterations.\n", int(iter));
     return 0;

@@ -2,7 +2,7 @@
 
 namespace orv {
 namespace core {
-namespace internal {
+namespace detail {
 
 double cg_dot(std::size_t n, const double* a, const double* b) {
     double s0 = 0, s1 = 0, s2 = 0, s3 = 0;
@@ -35,6 +35,6 @@ bool cg_all_zero(std::size_t n, const double* x) {
     return true;
 }
 
-}  // namespace internal
+}  // namespace detail
 }  // namespace core
 }  // namespace orv

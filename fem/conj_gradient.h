@@ -4,6 +4,7 @@
 // a new factorisation.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <omp.h>
 
 #include <cassert>
@@ -26,14 +27,14 @@ struct conj_gradient_result {
     unsigned iterations = 0;
 };
 
-namespace internal {
+namespace detail {
 double cg_dot(std::size_t n, const double* a, const double* b);
 // y += alpha * x
 void cg_axpy(std::size_t n, double alpha, const double* x, double* y);
 // p := beta * p + z; a beta of 0 leaves p unscaled (p := p + z)
 void cg_update_direction(std::size_t n, double beta, const double* z, double* p);
 bool cg_all_zero(std::size_t n, const double* x);
-}  // namespace internal
+}  // namespace detail
 
 // Solves A x = F with M (the factor) as preconditioner. Set up once with
 // set_operator, then applied with solve as often as needed; the work vectors are the
@@ -116,9 +117,9 @@ int conj_gradient_solver<Operator>::solve(double* g, double* x, const RunSetting
     result_ = conj_gradient_result();
 
     for (std::size_t i = 0; i < n; ++i) g[i] = -g[i];
-    if (!internal::cg_all_zero(n, x)) {
+    if (!detail::cg_all_zero(n, x)) {
         product(x, w);
-        internal::cg_axpy(n, 1.0, w, g);
+        detail::cg_axpy(n, 1.0, w, g);
     }
     for (std::size_t i = 0; i < n; ++i) z[i] = g[i];
     double gz = M.solve(z, n_threads);  // g^T M^-1 g
@@ -136,23 +137,23 @@ int conj_gradient_solver<Operator>::solve(double* g, double* x, const RunSetting
         const bool stop = stop_requested(run, data);
         if (lock) omp_unset_lock(lock);
         // stop_requested has set the warning -10
-        if (stop) return leave(data, data.error_code ? data.error_code : -10, nullptr, 0, iter);
+        if (stop) return leave(data, data.error_code ? data.error_code : fem::warning_interrupted, nullptr, 0, iter);
         product(p, w);
-        const double alpha = -gz / internal::cg_dot(n, p, w);
-        if (!std::isfinite(alpha)) return leave(data, -108, "INF or NaN detected.", __LINE__, iter);
+        const double alpha = -gz / detail::cg_dot(n, p, w);
+        if (!std::isfinite(alpha)) return leave(data, fem::error_not_finite, "INF or NaN detected.", __LINE__, iter);
         if (alpha != 0.0) {
-            internal::cg_axpy(n, alpha, p, x);
-            internal::cg_axpy(n, alpha, w, g);
+            detail::cg_axpy(n, alpha, p, x);
+            detail::cg_axpy(n, alpha, w, g);
         }
         for (std::size_t i = 0; i < n; ++i) z[i] = g[i];
         const double gz_new = M.solve(z, n_threads);
         const double beta = gz_new / gz;
-        if (!std::isfinite(beta)) return leave(data, -108, "INF or NaN detected.", __LINE__, iter);
-        internal::cg_update_direction(n, beta, z, p);
+        if (!std::isfinite(beta)) return leave(data, fem::error_not_finite, "INF or NaN detected.", __LINE__, iter);
+        detail::cg_update_direction(n, beta, z, p);
         gz = gz_new;
     }
     result_.iterations = iter;
-    if (gz >= limit) return leave(data, -109, "Convergence error.", __LINE__, iter);
+    if (gz >= limit) return leave(data, fem::error_convergence, "Convergence error.", __LINE__, iter);
     log_line(run, 4, "Convergence within %d iterations.\n", int(iter));
     return 0;
 }

@@ -3,6 +3,7 @@
 // right-hand side; values that stay in Kf are kept for the iterative paths.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 
 namespace orv {
@@ -17,9 +18,9 @@ template <class Types, class Settings, class Data>
 int solver_static_linear<Types, Settings, Data>::set_up_case(std::size_t c) {
     const std::size_t n_free = free_IDs_->size(), n_total = total_IDs_->size();
     double* u = U_column(c);
-    if (!u) return -200;
+    if (!u) return fem::error_internal;
     dense1D<double, 8> f;
-    if (F_->dense().get_col(c, f)) return -200;
+    if (F_->dense().get_col(c, f)) return fem::error_internal;
     std::fill(u, u + n_total, 0.0);
     std::copy(f.begin(), f.begin() + n_free, u);
 
@@ -30,7 +31,7 @@ int solver_static_linear<Types, Settings, Data>::set_up_case(std::size_t c) {
     const loads_mgr* loads = problem_->get_loads(c);
     if (loads) loads->get_prescribed_values(params_.time, values);
     for (const auto& iv : values) {
-        if (!std::isfinite(iv.second)) return -108;
+        if (!std::isfinite(iv.second)) return fem::error_not_finite;
         const std::uint32_t r = total_IDs_->find(iv.first);
         if (r == DOF_index::npos) continue;
         if (r >= n_free) {
@@ -48,7 +49,7 @@ int solver_static_linear<Types, Settings, Data>::add_imposed_forces(std::size_t 
     const std::size_t n_free = free_IDs_->size(), n_total = total_IDs_->size();
     if (n_free == 0 || n_free == n_total) return 0;
     double* u = U_column(c);
-    if (!u) return -200;
+    if (!u) return fem::error_internal;
     std::vector<double> eliminated(n_total, 0.0);
     bool any = false;
     for (std::size_t r = n_free; r < n_total; ++r) {

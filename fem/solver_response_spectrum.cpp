@@ -1,5 +1,6 @@
 // Response spectrum run: combines modal responses into peaks per direction and
 // component, and the complete quadratic combination of modes.
+#include <orv/fem/error_type.h>
 #include <orv/fem/solver_response_spectrum.h>
 
 #include <cmath>
@@ -192,7 +193,7 @@ void solver_response_spectrum::data_type::clear_data_out() {
 void solver_response_spectrum::data_type::PF_div_omega2() {
     if (frequencies.size() != participation.cols()) {
         error_code = error_data;
-        core::internal::copy_text(error_name,
+        core::detail::copy_text(error_name,
                                   "ORV solver_response_spectrum::PF_div_omega2: PF and frequencies size mismatch.");
         return;
     }

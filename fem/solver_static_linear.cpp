@@ -1,4 +1,5 @@
 // Linear static run: the public handle, its records and the helpers of the engine.
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 
 #include <orv/fem/solver_static_linear.h>
@@ -65,7 +66,7 @@ solver_static_linear::solver_static_linear() : settings() {
 void solver_static_linear::run(data_type& data) {
     core::static_linear_engine* e = dynamic_cast<core::static_linear_engine*>(engine());
     if (!e) {
-        core::set_error_msg(data, -200, "INTERNAL ERROR", "");
+        core::set_error_msg(data, fem::error_internal, "INTERNAL ERROR", "");
         return;
     }
     e->own_settings() = settings;

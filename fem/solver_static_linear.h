@@ -5,6 +5,7 @@
 // bodies are in the fem/static_*.h files included at the end.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <malloc.h>
 #include <omp.h>
 
@@ -62,7 +63,7 @@ struct OOC_matrix_types {
 // Identity of the linear static run.
 extern const solver_identity static_linear_identity;
 
-namespace internal {
+namespace detail {
 
 // 2-norm of n values.
 inline double two_norm(const double* x, std::size_t n) {
@@ -85,7 +86,7 @@ struct has_strain_energy : std::false_type {};
 template <class D>
 struct has_strain_energy<D, std::void_t<decltype(std::declval<D&>().strain_energy)>> : std::true_type {};
 
-}  // namespace internal
+}  // namespace detail
 
 // Settings: the settings_type of the linear static run (or one with the same members).
 // Data: a record with the members of solver_static_linear::data_type.
@@ -295,7 +296,7 @@ void solver_static_linear<Types, Settings, Data>::start(Data& data) {
     model_ = problem_ ? problem_->get_model() : nullptr;
     table_ = problem_ ? problem_->get_DOFs() : nullptr;
     if (!model_ || !table_) {
-        this->set_error(data, -101, "DATA ERROR", 0);
+        this->set_error(data, fem::error_data, "DATA ERROR", 0);
         return;
     }
     params_ = assembly_params();
@@ -365,17 +366,17 @@ void solver_static_linear<Types, Settings, Data>::clear_unkept(Data& data) {
     context_type* ctx = this->context();
     data.used_out_of_core = ctx && ctx->OOC() && ctx->OOC()->nbr_files() > files_at_start_;
     const std::uint32_t keep = settings().input_mask | settings().output_mask;
-    if (!(keep & 2)) data.F = fem::FEM_matrix();
-    if (!(keep & 16)) data.Ks = fem::FEM_SymSparse();
-    if (!(keep & 32)) data.Kf = fem::FEM_factor();
-    if (!(settings().output_mask & 64)) data.U = fem::FEM_states();
+    if (!(keep & fem::mask_F)) data.F = fem::FEM_matrix();
+    if (!(keep & fem::mask_Ks)) data.Ks = fem::FEM_SymSparse();
+    if (!(keep & fem::mask_Kf)) data.Kf = fem::FEM_factor();
+    if (!(settings().output_mask & fem::mask_U)) data.U = fem::FEM_states();
 }
 
 template <class Types, class Settings, class Data>
 bool solver_static_linear<Types, Settings, Data>::make_resident(Data& data) {
     bool ok = true;
     if (data.U.is_valid() && !data.U.is_all_incore()) ok = data.U.force_incore() && ok;
-    if (data.F.is_valid() && !data.F.is_all_incore() && !(settings().input_mask & 2))
+    if (data.F.is_valid() && !data.F.is_all_incore() && !(settings().input_mask & fem::mask_F))
         ok = data.F.force_incore() && ok;
     release();
     return ok;

@@ -2,6 +2,7 @@
 // the models that give internal forces.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 
 namespace orv {
@@ -98,7 +99,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_stiffness(Data& data)
     {
         DOF_index pen;
         const DOF_filter no_filter;
-        model_->get_DOFs(*table_, numerical_model_base::all_elements, 7, pen, no_filter);
+        model_->get_DOFs(*table_, numerical_model_base::all_elements, fem::matrix_penalty, pen, no_filter);
         for (const unsigned id : pen)
             if (free_IDs_->contains(id)) penalised_.push_back(id);
     }
@@ -127,14 +128,14 @@ void solver_static_linear<Types, Settings, Data>::assemble_Ks(Data& data) {
     const bool ran = this->step(data, data.time_assembly, "Numerical assembly matrix Ks       : %10.2f s.\n", [&] {
         Ptr<sparse_type> Ks(new sparse_type(free_IDs_));
         if (free_IDs_->size() && !Ks->matrix().init(Ks_pattern_.pointers(), Ks_pattern_.columns(), 0.0)) {
-            this->set_error(data, -199, "Matrix allocation error.", line_Ks_allocation);
+            this->set_error(data, fem::error_memory, "Matrix allocation error.", line_Ks_allocation);
             return;
         }
         Ks_ = Ks;
         Ks_built_ = true;
         data.Ks = fem::FEM_SymSparse(Ks.get());
         matrix_sym_assembler<sparse_type> a(*Ks_, 1.0);
-        const int rc = assemble_into(1, a, stiffness_params());
+        const int rc = assemble_into(fem::matrix_K, a, stiffness_params());
         if (rc) this->set_error(data, rc, "K assembly error.", line_Ks_assembly);
     });
     if (ran && Ks_) log_Ks_statistics(*Ks_);
@@ -148,7 +149,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_Kf(Data& data) {
             context_type* ctx = this->context();
             const int rc = Kf->matrix().init(numbering_.blocks, 0.0, Ptr<OOC_mgr>(ctx ? ctx->OOC() : nullptr));
             if (rc) {
-                this->set_error(data, -199, "Matrix allocation error.", line_Kf_allocation);
+                this->set_error(data, fem::error_memory, "Matrix allocation error.", line_Kf_allocation);
                 return;
             }
         }
@@ -159,7 +160,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_Kf(Data& data) {
         skyline_type view(free_IDs_, static_cast<const symmetric_hybrid_OOC<double>&>(Kf_->matrix()));
         if (!Ks_) {
             matrix_sym_assembler<skyline_type> a(view, 1.0);
-            const int rc = assemble_into(1, a, stiffness_params());
+            const int rc = assemble_into(fem::matrix_K, a, stiffness_params());
             if (rc) this->set_error(data, rc, "K assembly error.", line_Kf_assembly);
         } else {
             scatter_Ks_into_Kf(*Ks_, view);
@@ -194,12 +195,12 @@ void solver_static_linear<Types, Settings, Data>::assemble_penalties(Data& data)
         int rc = 0;
         if (Ks_built_) {
             matrix_sym_assembler<sparse_type> a(*Ks_, 1.0);
-            rc = assemble_into(7, a, params_);
+            rc = assemble_into(fem::matrix_penalty, a, params_);
             if (rc) this->set_error(data, rc, "K assembly error.", line_Ks_assembly);
         }
         if (!rc && Kf_built_ && Kf_->matrix().dimension()) {
             matrix_sym_assembler<skyline_type> a(view, 1.0);
-            rc = assemble_into(7, a, params_);
+            rc = assemble_into(fem::matrix_penalty, a, params_);
             if (rc) this->set_error(data, rc, "K assembly error.", line_Kf_assembly);
         }
     });

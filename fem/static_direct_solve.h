@@ -2,6 +2,7 @@
 // the factor, when no constraint needs iterations.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 
 namespace orv {
@@ -21,7 +22,7 @@ int solver_static_linear<Types, Settings, Data>::solve_direct(unsigned threads) 
     }
     for (std::size_t c = 0; c < nbr_cases_; ++c) {
         double* u = U_column(c);
-        if (!u) return -200;
+        if (!u) return fem::error_internal;
         K.solve(u, int(threads));
     }
     return 0;

@@ -13,7 +13,7 @@ template <class Types, class Settings, class Data>
 void solver_static_linear<Types, Settings, Data>::compute_energies(Data& data) {
     const std::size_t n_total = total_IDs_->size();
     const unsigned threads = this->nbr_threads();
-    std::vector<double> Ku(internal::has_strain_energy<Data>::value ? n_total : 0);
+    std::vector<double> Ku(detail::has_strain_energy<Data>::value ? n_total : 0);
     for (std::size_t c = 0; c < nbr_cases_; ++c) {
         dense1D<double, 8> u, f;
         if (U_->dense().get_col(c, u) || F_->dense().get_col(c, f)) continue;
@@ -32,17 +32,17 @@ void solver_static_linear<Types, Settings, Data>::compute_energies(Data& data) {
             args.U = &Uc;
             args.pos = &problem_->get_pos();
             args.stresses = stresses;
-            const int rc = model_->assemble_matrix(1, args);
+            const int rc = model_->assemble_matrix(fem::matrix_K, args);
             if (rc) return this->set_error(data, rc, "Solver error.", line_solver);
             e = args.accumulators[0];
         }
         data.energy[c] = e;
-        if constexpr (internal::has_strain_energy<Data>::value) {
+        if constexpr (detail::has_strain_energy<Data>::value) {
             std::fill(Ku.begin(), Ku.end(), 0.0);
             DOF_vector target(total_IDs_, external_view(Ku.data(), n_total));
             const int rc = add_internal_forces(1, Uc, target, -1.0, stiffness_params(), threads);
             if (rc) return this->set_error(data, rc, "Solver error.", line_solver);
-            data.strain_energy[c] = 0.5 * internal::cg_dot(n_total, u.data(), Ku.data());
+            data.strain_energy[c] = 0.5 * detail::cg_dot(n_total, u.data(), Ku.data());
         }
     }
 }
@@ -70,7 +70,7 @@ void solver_static_linear<Types, Settings, Data>::report_cases(Data& data) {
             }
         }
         const int k = int(c);
-        this->log(3, "%3d ||U||                : %+E\n", k, internal::two_norm(u.data(), n));
+        this->log(3, "%3d ||U||                : %+E\n", k, detail::two_norm(u.data(), n));
         this->log(3, "%3d max displacement     : %+E\n", k, dmax);
         this->log(3, "%3d min displacement     : %+E\n", k, dmin);
         this->log(3, "%3d max rotation         : %+E\n", k, rmax);

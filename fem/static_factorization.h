@@ -2,6 +2,7 @@
 // settings, and the judgement of its pivots.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 
 namespace orv {
@@ -23,14 +24,14 @@ void solver_static_linear<Types, Settings, Data>::factorize_with(Data& data, Che
     data.pivot_max = v.pivot_max;
     const std::uint32_t at =
         (v.position < n && v.position < free_IDs_->size()) ? (*free_IDs_)[v.position] : 0xFFFFFFFFu;
-    if (v.error && v.error != -107) {
+    if (v.error && v.error != fem::error_pivot) {
         this->set_error(data, v.error, "Factorization error.", line_factorization);
     } else if (v.error) {
         if (!data.error_code) data.bad_pivot_DOF = at;
-        this->set_error(data, -107, "Pivot error.", line_pivot);
+        this->set_error(data, fem::error_pivot, "Pivot error.", line_pivot);
     } else if (v.warning) {
         if (!data.error_code && !data.warning_code) data.bad_pivot_DOF = at;
-        this->set_warning(data, -11, "Pivot warning.");
+        this->set_warning(data, fem::warning_pivot, "Pivot warning.");
     }
 }
 

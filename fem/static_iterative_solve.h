@@ -3,6 +3,7 @@
 // sweeps otherwise.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 #include "linalg/small_dense.h"
 
@@ -106,7 +107,7 @@ int solver_static_linear<Types, Settings, Data>::solve_case(Data& data, std::siz
                                                            omp_lock_t* lock) {
     if (free_IDs_->size() == 0) return 0;
     double* u = U_column(c);
-    if (!u) return -200;
+    if (!u) return fem::error_internal;
     if (ALM_) return solve_case_ALM(data, c, u, threads);
     if (!cases_[c].kept.empty()) return solve_case_CG(data, c, u, threads, lock);
     Kf_->matrix().solve(u, int(threads));
@@ -138,7 +139,7 @@ int solver_static_linear<Types, Settings, Data>::solve_case_ALM(Data& data, std:
             K.solve(e.data(), int(threads));
             for (std::size_t i = 0; i < m; ++i) S[i + j * m] = e[kept[i]];
         }
-        if (!invert_small(S, m)) return -107;
+        if (!invert_small(S, m)) return fem::error_pivot;
         cons.S_inv = S;
         // The imposed values are met before the first round.
         std::vector<double> w(rhs);

@@ -1,6 +1,7 @@
 // Steps 1 to 4 of the linear static run: needs, imposed DOFs, numbering and sizes.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 #include "linalg/sparse_pattern.h"
 
@@ -10,18 +11,18 @@ namespace core {
 template <class Types, class Settings, class Data>
 void solver_static_linear<Types, Settings, Data>::prepare(Data& data) {
     const Settings& s = settings();
-    given_F_ = (s.input_mask & 2) != 0 && data.F.engine() != nullptr;
-    given_Ks_ = (s.input_mask & 16) != 0 && data.Ks.engine() != nullptr;
-    given_Kf_ = (s.input_mask & 32) != 0 && data.Kf.engine() != nullptr;
+    given_F_ = (s.input_mask & fem::mask_F) != 0 && data.F.engine() != nullptr;
+    given_Ks_ = (s.input_mask & fem::mask_Ks) != 0 && data.Ks.engine() != nullptr;
+    given_Kf_ = (s.input_mask & fem::mask_Kf) != 0 && data.Kf.engine() != nullptr;
     nbr_cases_ = given_F_ ? static_cast<std::size_t>(data.F.cols()) : problem_->nbr_load_cases();
     const std::uint32_t out = s.output_mask;
     if (out == 0) {
         need_F_ = need_Kf_ = need_U_ = need_Ks_ = true;
     } else {
-        need_F_ = (out & (2 | 64)) != 0;
-        need_Kf_ = (out & (32 | 64)) != 0;
-        need_U_ = (out & 64) != 0;
-        need_Ks_ = (out & 16) != 0;
+        need_F_ = (out & (fem::mask_F | fem::mask_U)) != 0;
+        need_Kf_ = (out & (fem::mask_Kf | fem::mask_U)) != 0;
+        need_U_ = (out & fem::mask_U) != 0;
+        need_Ks_ = (out & fem::mask_Ks) != 0;
     }
 }
 
@@ -54,7 +55,7 @@ int solver_static_linear<Types, Settings, Data>::build_graph() {
     const DOF_filter free_filter{table_, true};
     graph_ptr_.clear();
     graph_IDs_.clear();
-    if (!graph_ptr_.push_back(0u)) return -199;
+    if (!graph_ptr_.push_back(0u)) return fem::error_memory;
     const int rc =
         model_->get_DOFs_graph(*table_, numerical_model_base::all_elements, 1, graph_ptr_, graph_IDs_, free_filter);
     have_graph_ = rc == 0;
@@ -110,7 +111,7 @@ int solver_static_linear<Types, Settings, Data>::number_from_model(Data& data, s
         rc = number_free_DOFs(graph_ptr_, graph_IDs_, *free_IDs_, numbering_, false,
                               numbering_nested_dissection_postordered, block_profile_limit);
     if (rc) {
-        this->set_error(data, rc, rc == -199 ? "Matrix allocation error." : "K assembly error.", line_Kf_allocation);
+        this->set_error(data, rc, rc == fem::error_memory ? "Matrix allocation error." : "K assembly error.", line_Kf_allocation);
         return rc;
     }
     blocks = numbering_.totals.nbr_blocks;

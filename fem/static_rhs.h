@@ -2,6 +2,7 @@
 // taken over from the caller, and checked for values that are not finite.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 
 namespace orv {
@@ -30,7 +31,7 @@ int solver_static_linear<Types, Settings, Data>::assemble_RHS_columns(matrix_typ
     const bool parallel = threads > 1 && nbr_cases_ >= threads && F.dense().is_all_incore();
     const unsigned inner = parallel ? 1u : threads;
     return parallel_first_error(nbr_cases_, parallel ? int(threads) : 1, [&](std::size_t c) -> int {
-        if (!F.dense().col(c) && F.dense().window(c, 1)) return -200;
+        if (!F.dense().col(c) && F.dense().window(c, 1)) return fem::error_internal;
         DOF_vector target(total_IDs_, F.dense().column(c));
         vector_assembler<double> va(target, 1.0);
         assembly_args args;
@@ -49,7 +50,7 @@ long solver_static_linear<Types, Settings, Data>::first_non_finite_case(M& m) co
     for (std::size_t c = 0; c < nbr_cases_; ++c) {
         dense1D<double, 8> v;
         if (m.dense().get_col(c, v)) continue;
-        if (!internal::all_finite(v.data(), v.size())) return long(c);
+        if (!detail::all_finite(v.data(), v.size())) return long(c);
     }
     return -1;
 }
@@ -57,7 +58,7 @@ long solver_static_linear<Types, Settings, Data>::first_non_finite_case(M& m) co
 template <class Types, class Settings, class Data>
 void solver_static_linear<Types, Settings, Data>::set_not_finite(Data& data, long c, int line) {
     this->log(1, "Load case #%ld: INF or NaN detected.\n", c);
-    this->set_error(data, -108, "INF or NaN detected.", line);
+    this->set_error(data, fem::error_not_finite, "INF or NaN detected.", line);
 }
 
 template <class Types, class Settings, class Data>
@@ -67,7 +68,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_RHS(Data& data) {
         context_type* ctx = this->context();
         Ptr<matrix_type> F(new matrix_type());
         if (F->init(total_IDs_, nbr_cases_, 0.0, Ptr<OOC_mgr>(ctx ? ctx->OOC() : nullptr))) {
-            this->set_error(data, -199, "Matrix allocation error.", line_RHS_allocation);
+            this->set_error(data, fem::error_memory, "Matrix allocation error.", line_RHS_allocation);
             return;
         }
         F_ = F;
@@ -89,7 +90,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_RHS(Data& data) {
     for (std::size_t c = 0; c < nbr_cases_; ++c) {
         dense1D<double, 8> v;
         if (F_->dense().get_col(c, v)) continue;
-        this->log(3, "%3d ||F||                : %+E\n", int(c), internal::two_norm(v.data(), v.size()));
+        this->log(3, "%3d ||F||                : %+E\n", int(c), detail::two_norm(v.data(), v.size()));
     }
 }
 

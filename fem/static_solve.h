@@ -3,6 +3,7 @@
 // all columns at once, or, with constraints that need iterations, case by case.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
 
 namespace orv {
@@ -13,13 +14,13 @@ bool solver_static_linear<Types, Settings, Data>::allocate_U(Data& data) {
     context_type* ctx = this->context();
     Ptr<states_type> U(new states_type());
     if (U->init(total_IDs_, nbr_cases_, 0.0, Ptr<OOC_mgr>(ctx ? ctx->OOC() : nullptr))) {
-        this->set_error(data, -199, "Matrix allocation error.", line_RHS_allocation);
+        this->set_error(data, fem::error_memory, "Matrix allocation error.", line_RHS_allocation);
         return false;
     }
     U_ = U;
     data.U = fem::FEM_states(U.get());
     data.energy = dense1D<double>(nbr_cases_, 0.0);
-    if constexpr (internal::has_strain_energy<Data>::value) data.strain_energy = dense1D<double>(nbr_cases_, 0.0);
+    if constexpr (detail::has_strain_energy<Data>::value) data.strain_energy = dense1D<double>(nbr_cases_, 0.0);
     return true;
 }
 
@@ -34,7 +35,7 @@ void solver_static_linear<Types, Settings, Data>::solve_cases(Data& data) {
         for (std::size_t c = 0; c < nbr_cases_; ++c) {
             int rc = set_up_case(c);
             if (!rc) rc = add_imposed_forces(c, threads);
-            if (rc == -108) return set_not_finite(data, long(c), line_RHS_not_finite);
+            if (rc == fem::error_not_finite) return set_not_finite(data, long(c), line_RHS_not_finite);
             if (rc) return this->set_error(data, rc, "Solver error.", line_solver);
         }
         const bool direct = !ALM_ && data.nbr_kept_imposed_DOFs == 0;

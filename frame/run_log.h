@@ -4,6 +4,7 @@
 // record with the ORV_FEM_DATA_ERRORS fields.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <omp.h>
 
 #include <cstdarg>
@@ -17,7 +18,7 @@ namespace core {
 // Seconds since the epoch, millisecond resolution.
 double now_seconds();
 
-namespace internal {
+namespace detail {
 
 // Copies text into a 256-byte field, always NUL-terminated.
 inline void copy_text(char (&field)[256], const char* text) {
@@ -43,7 +44,7 @@ void store_error_at(Data& data, int code, const char* name, const char* source, 
 
 void format_banner_row(char (&row)[64], const char* title);
 
-}  // namespace internal
+}  // namespace detail
 
 // First error wins: does nothing when error_code is already set. Otherwise stores
 // code and name and writes "File = <source>, Line #<line>." into error_msg. Inside a
@@ -52,9 +53,9 @@ template <class Data>
 void set_error(Data& data, int code, const char* name, const char* source, int line) {
     if (omp_in_parallel()) {
 #pragma omp critical(orv_run_error)
-        internal::store_error_at(data, code, name, source, line);
+        detail::store_error_at(data, code, name, source, line);
     } else {
-        internal::store_error_at(data, code, name, source, line);
+        detail::store_error_at(data, code, name, source, line);
     }
 }
 
@@ -64,9 +65,9 @@ template <class Data>
 void set_error_msg(Data& data, int code, const char* name, const char* msg) {
     if (omp_in_parallel()) {
 #pragma omp critical(orv_run_error)
-        internal::store_error(data, code, name, msg);
+        detail::store_error(data, code, name, msg);
     } else {
-        internal::store_error(data, code, name, msg);
+        detail::store_error(data, code, name, msg);
     }
 }
 
@@ -76,7 +77,7 @@ void set_warning(Data& data, int code, const char* name) {
     auto store = [&] {
         if (data.error_code != 0 || data.warning_code != 0) return;
         data.warning_code = code;
-        internal::copy_text(data.error_name, name);
+        detail::copy_text(data.error_name, name);
         data.error_msg[0] = '\0';
     };
     if (omp_in_parallel()) {
@@ -91,10 +92,10 @@ void set_warning(Data& data, int code, const char* name) {
 // interrupt_hook, and when it answers true sets warning -10 and answers true.
 template <class Settings, class Data>
 bool stop_requested(const Settings& settings, Data& data) {
-    if (data.error_code != 0 || data.warning_code == -10) return true;
+    if (data.error_code != 0 || data.warning_code == fem::warning_interrupted) return true;
     if (settings.interrupt_hook && settings.interrupt_hook(settings.pass_thru)) {
         // The interruption replaces an earlier warning, so that the run stops for good.
-        data.warning_code = -10;
+        data.warning_code = fem::warning_interrupted;
         data.error_name[0] = '\0';
         data.error_msg[0] = '\0';
         return true;
@@ -145,7 +146,7 @@ void log_banner(const Settings& settings, const char* title) {
     std::memset(stars, '*', 55);
     stars[55] = '\0';
     char row[64];
-    internal::format_banner_row(row, title);
+    detail::format_banner_row(row, title);
     const char* rows[3] = {stars, row, stars};
     for (const char* r : rows) {
         settings.display_hook(settings.pass_thru, 0, r);

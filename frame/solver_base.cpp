@@ -16,7 +16,7 @@ double now_seconds() {
     return static_cast<double>(ms.count()) * 1e-3;
 }
 
-namespace internal {
+namespace detail {
 
 void format_banner_row(char (&row)[64], const char* title) {
     // "*", blanks up to column 9, the title, a blank, "(version)", blanks, "*" at 54.
@@ -34,7 +34,7 @@ void format_banner_row(char (&row)[64], const char* title) {
     row[last + 1] = '\0';
 }
 
-}  // namespace internal
+}  // namespace detail
 
 unsigned solver_root::nbr_threads() const {
     return context_ ? context_->process()->max_threads() : 1u;

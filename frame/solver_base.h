@@ -2,6 +2,7 @@
 // of a solve. A solver supplies its identity, its records and its steps.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -47,13 +48,13 @@ private:
     Ptr<context_type> context_;
 };
 
-namespace internal {
+namespace detail {
 template <class S, class = void>
 struct has_output_mask : std::false_type {};
 template <class S>
 struct has_output_mask<S, std::void_t<decltype(std::declval<const S&>().output_mask)>>
     : std::true_type {};
-}  // namespace internal
+}  // namespace detail
 
 // Frame of one kind of run over its settings and data records.
 //
@@ -149,7 +150,7 @@ protected:
 private:
     const char* id_source() const { return identity().source; }
     bool dry_run() const {
-        if constexpr (internal::has_output_mask<Settings>::value)
+        if constexpr (detail::has_output_mask<Settings>::value)
             return settings_->output_mask == 0;
         else
             return false;
@@ -181,12 +182,12 @@ void solver_base<Settings, Data>::solve(Data& data) {
         const double needed = needed_size(data);
         const std::uint64_t limit = max_total_size();
         if (limit != process_mgr::no_size_limit && needed > static_cast<double>(limit))
-            set_error(data, -154, "Insufficient memory.", identity().size_gate_line);
+            set_error(data, fem::error_memory_limit, "Insufficient memory.", identity().size_gate_line);
     }
 
     // The steps test stop_requested themselves; this only spares compute() a call
     // when the run already stands stopped.
-    if (data.error_code == 0 && data.warning_code != -10) compute(data);
+    if (data.error_code == 0 && data.warning_code != fem::warning_interrupted) compute(data);
     clear_unkept(data);
 
     data.time_total = now_seconds() - start_time;
@@ -206,24 +207,24 @@ void solver_base<Settings, Data>::run(Data& data, const Held&... held) noexcept 
     char msg[256];
     if (!settings_->valid()) {
         std::snprintf(msg, sizeof msg, "ORV %s: invalid settings.", name());
-        set_error_msg(data, -101, "SETTINGS ERROR", msg);
+        set_error_msg(data, fem::error_data, "SETTINGS ERROR", msg);
     } else if (!data.valid()) {
         std::snprintf(msg, sizeof msg, "ORV %s: invalid data.", name());
-        set_error_msg(data, -101, "DATA ERROR", msg);
+        set_error_msg(data, fem::error_data, "DATA ERROR", msg);
     } else {
         try {
             solve(data);
         } catch (const std::bad_alloc&) {
-            set_error_msg(data, -199, "MEMORY ERROR", "");
+            set_error_msg(data, fem::error_memory, "MEMORY ERROR", "");
         } catch (...) {
-            set_error_msg(data, -200, "INTERNAL ERROR", "");
+            set_error_msg(data, fem::error_internal, "INTERNAL ERROR", "");
         }
         bool resident = false;
         try {
             resident = make_resident(data);
         } catch (...) {
         }
-        if (!resident) set_error_msg(data, -199, "MEMORY ERROR", "");
+        if (!resident) set_error_msg(data, fem::error_memory, "MEMORY ERROR", "");
     }
     set_context(nullptr);
     // The references drop in reverse order as the array and self go out of scope.

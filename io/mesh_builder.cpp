@@ -14,7 +14,7 @@
 namespace orv {
 namespace fem {
 namespace io {
-namespace internal {
+namespace detail {
 
 std::size_t source_file::line_of(std::uint64_t offset) const {
     const std::size_t end = static_cast<std::size_t>(std::min<std::uint64_t>(offset, text.size()));
@@ -163,7 +163,7 @@ void mesh_builder::describe(const read_fault& fault, read_error* error) const {
     *error = std::move(e);
 }
 
-}  // namespace internal
+}  // namespace detail
 }  // namespace io
 }  // namespace fem
 }  // namespace orv

@@ -17,7 +17,7 @@
 namespace orv {
 namespace fem {
 namespace io {
-namespace internal {
+namespace detail {
 
 // Where something was read: a file (index into mesh_builder::files) and a byte offset.
 struct source_pos {
@@ -136,7 +136,7 @@ error_type run_reader(mesh& out, read_error* error, F&& read) noexcept {
 // Upper-case copy of an ASCII string.
 std::string upper(std::string s);
 
-}  // namespace internal
+}  // namespace detail
 }  // namespace io
 }  // namespace fem
 }  // namespace orv

@@ -22,7 +22,7 @@ int slot_of(unsigned position) { return position < 3 ? 0 : position < 6 ? 1 : po
 
 error_type nodal_frames(const FEM_matrix& results, std::size_t nbr_points, const std::string& name,
                         const std::vector<double>& values, std::vector<vtk_frame>& frames) noexcept {
-    return internal::guarded([&]() -> error_type {
+    return detail::guarded([&]() -> error_type {
         const std::size_t nbr_columns = results.cols();
         if (!values.empty() && values.size() != nbr_columns) return error_data;
         const dense1D<unsigned int> IDs = results.get_IDs();

@@ -10,7 +10,7 @@
 namespace orv {
 namespace fem {
 namespace io {
-namespace internal {
+namespace detail {
 namespace {
 
 const unsigned char identity[27] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13,
@@ -85,7 +85,7 @@ shape_order deck_shape(const std::string& name) {
     return shape_order{};
 }
 
-}  // namespace internal
+}  // namespace detail
 
 unsigned vtk_cell_type(element_type type, const unsigned char** order) noexcept {
     // VTK: triangle and tetrahedron from the origin corner; wedge with its first
@@ -101,13 +101,13 @@ unsigned vtk_cell_type(element_type type, const unsigned char** order) noexcept 
         const unsigned char* order;
     };
     static const entry table[] = {
-        {FE_node1, 1, internal::identity},   {FE_edge2, 3, internal::identity},   {FE_edge3, 21, internal::identity},
-        {FE_edge4, 35, internal::identity},  {FE_faceT3, 5, tri},                 {FE_faceT6, 22, tri},
-        {FE_faceQ4, 9, internal::identity},  {FE_faceQ8, 23, internal::identity}, {FE_faceQ9, 28, internal::identity},
+        {FE_node1, 1, detail::identity},   {FE_edge2, 3, detail::identity},   {FE_edge3, 21, detail::identity},
+        {FE_edge4, 35, detail::identity},  {FE_faceT3, 5, tri},                 {FE_faceT6, 22, tri},
+        {FE_faceQ4, 9, detail::identity},  {FE_faceQ8, 23, detail::identity}, {FE_faceQ9, 28, detail::identity},
         {FE_tetra4, 10, tet},                {FE_tetra10, 24, tet},               {FE_pyramid5, 14, pyr},
         {FE_pyramid13, 27, pyr},             {FE_pyramid14, 27, pyr},             {FE_wedge6, 13, wedge},
-        {FE_wedge15, 26, wedge},             {FE_wedge18, 32, wedge},             {FE_hexa8, 12, internal::identity},
-        {FE_hexa20, 25, internal::identity}, {FE_hexa27, 29, internal::identity},
+        {FE_wedge15, 26, wedge},             {FE_wedge18, 32, wedge},             {FE_hexa8, 12, detail::identity},
+        {FE_hexa20, 25, detail::identity}, {FE_hexa27, 29, detail::identity},
     };
     for (const entry& e : table)
         if (e.type == type) {

@@ -10,7 +10,7 @@
 namespace orv {
 namespace fem {
 namespace io {
-namespace internal {
+namespace detail {
 
 struct shape_order {
     element_type type = FE_none;               // FE_none: the file's type is unknown
@@ -23,7 +23,7 @@ shape_order gmsh_shape(int gmsh_type);
 // An input deck's element type name (upper case).
 shape_order deck_shape(const std::string& name);
 
-}  // namespace internal
+}  // namespace detail
 }  // namespace io
 }  // namespace fem
 }  // namespace orv

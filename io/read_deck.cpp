@@ -11,7 +11,7 @@
 namespace orv {
 namespace fem {
 namespace io {
-namespace internal {
+namespace detail {
 namespace {
 
 const unsigned max_include_depth = 16;
@@ -238,10 +238,10 @@ void deck_reader::set_line(const std::vector<std::string>& f, source_pos at, boo
 }
 
 }  // namespace
-}  // namespace internal
+}  // namespace detail
 
 error_type read_deck(const char* path, mesh& out, read_error* error) noexcept {
-    using namespace internal;
+    using namespace detail;
     return run_reader(out, error, [path](mesh_builder& builder) {
         if (path == nullptr) mesh_builder::fail(error_file, source_pos{~0u, 0}, "no file name");
         deck_reader(builder).read_file(path, 0, source_pos{~0u, 0});

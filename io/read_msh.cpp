@@ -16,7 +16,7 @@
 namespace orv {
 namespace fem {
 namespace io {
-namespace internal {
+namespace detail {
 namespace {
 
 class msh_cursor {
@@ -349,10 +349,10 @@ void read_sections(msh_cursor& c, mesh_builder& builder) {
 }
 
 }  // namespace
-}  // namespace internal
+}  // namespace detail
 
 error_type read_msh(const char* path, mesh& out, read_error* error) noexcept {
-    using namespace internal;
+    using namespace detail;
     return run_reader(out, error, [path](mesh_builder& builder) {
         if (path == nullptr) mesh_builder::fail(error_file, source_pos{~0u, 0}, "no file name");
         builder.files.push_back(source_file{path, {}, false});

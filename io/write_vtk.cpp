@@ -140,7 +140,7 @@ error_type write_file(const std::string& path, const std::string& text) {
 }  // namespace
 
 error_type write_vtu(const char* path, const mesh& m, const vtk_frame& frame) noexcept {
-    return internal::guarded([&]() -> error_type {
+    return detail::guarded([&]() -> error_type {
         if (path == nullptr) return error_file;
         if (!valid(m, frame)) return error_data;
         return write_file(path, vtu_text(m, frame));
@@ -148,7 +148,7 @@ error_type write_vtu(const char* path, const mesh& m, const vtk_frame& frame) no
 }
 
 error_type write_vtu_series(const char* base, const mesh& m, const std::vector<vtk_frame>& frames) noexcept {
-    return internal::guarded([&]() -> error_type {
+    return detail::guarded([&]() -> error_type {
         if (base == nullptr || *base == '\0') return error_file;
         for (const vtk_frame& frame : frames)
             if (!valid(m, frame)) return error_data;

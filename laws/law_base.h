@@ -1,6 +1,7 @@
 // Root of the material laws: the data vector, per-element data and their checks.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -32,7 +33,7 @@ constexpr unsigned law_first_iteration = 2u;  // first iteration of a step
 constexpr int law_ok = 0;
 constexpr int law_bad_size = -1;
 constexpr int law_not_finite = -2;
-constexpr int law_memory = -199;
+constexpr int law_memory = fem::error_memory;
 
 // Writes value into data[i] only when it differs, so that normalising data that are
 // already normal never writes (several threads may normalise a law's own data). A

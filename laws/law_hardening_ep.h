@@ -3,6 +3,7 @@
 // the return map of one stress component.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -22,7 +23,7 @@ constexpr double ep_largest = std::numeric_limits<double>::max();
 
 // Code of a compute whose return map did not converge (the Newton run that called
 // it counts the iteration as non-convergent).
-constexpr int law_not_converged = -109;
+constexpr int law_not_converged = fem::error_convergence;
 
 // Step slots: law step modulo this count.
 constexpr std::uint32_t ep_step_slots = 50;

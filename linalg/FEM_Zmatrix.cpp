@@ -15,8 +15,8 @@ namespace {
 
 typedef core::FEM_Zmatrix_engine engine_type;
 typedef core::FEM_Zstates_engine zstates_type;
-typedef internal::matrix_handle_ops<FEM_Zmatrix, core::FEM_Zmatrix_engine> mops;
-typedef internal::states_handle_ops<FEM_Zstates, FEM_Zmatrix, core::FEM_Zstates_engine> ops;
+typedef detail::matrix_handle_ops<FEM_Zmatrix, core::FEM_Zmatrix_engine> mops;
+typedef detail::states_handle_ops<FEM_Zstates, FEM_Zmatrix, core::FEM_Zstates_engine> ops;
 
 // A new engine object of type E, or null when memory fails.
 template <class E>

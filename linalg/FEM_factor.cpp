@@ -1,4 +1,5 @@
 // Public handle of the LDLt factors with DOF IDs, and their native binary file.
+#include <orv/fem/error_type.h>
 #include <orv/fem/FEM_factor.h>
 
 #include <cstdint>
@@ -78,18 +79,18 @@ int read_factor(engine_type& f, const char* file) {
     try {
         id_values.resize(std::size_t(n_IDs));
     } catch (...) {
-        return -199;
+        return fem::error_memory;
     }
     if (!in.raw(id_values.data(), n_IDs * sizeof(std::uint32_t))) return -1;
     Ptr<ID_list> ids = make_IDs(id_values.data(), id_values.size());
-    if (!ids) return -199;
+    if (!ids) return fem::error_memory;
     if (ids->size() != n_IDs) return -2;  // repeated IDs
 
     // Profiles: each block takes at least three counts.
     std::uint64_t n_blocks = 0;
     if (!in.count(n_blocks, 3 * sizeof(std::uint64_t))) return -1;
     orv::dense1D<core::block_profile, 8> profiles;
-    if (!profiles.resize(std::size_t(n_blocks), core::block_profile())) return -199;
+    if (!profiles.resize(std::size_t(n_blocks), core::block_profile())) return fem::error_memory;
     std::uint64_t next_row = 0, n_values = 0;
     for (std::size_t b = 0; b < n_blocks; ++b) {
         std::uint64_t first = 0, last = 0, n_entries = 0;
@@ -101,7 +102,7 @@ int read_factor(engine_type& f, const char* file) {
         core::block_profile& p = profiles[b];
         p.first = static_cast<unsigned int>(first);
         p.last = static_cast<unsigned int>(last);
-        if (!p.segments.resize(std::size_t(n_entries))) return -199;
+        if (!p.segments.resize(std::size_t(n_entries))) return fem::error_memory;
         for (std::size_t k = 0; k < n_entries; ++k) {
             std::uint32_t column = 0, height = 0;
             if (!in.item(column) || !in.item(height)) return -1;
@@ -118,7 +119,7 @@ int read_factor(engine_type& f, const char* file) {
     // not agree with the counts of the file.
     factor_type m;
     int rc = m.init(profiles, 0.0, Ptr<core::OOC_mgr>());
-    if (rc == -199) return -199;
+    if (rc == fem::error_memory) return fem::error_memory;
     if (rc) return -2;
     if (m.dimension() != n_IDs || m.nbr_blocks() != n_blocks) return -2;
 
@@ -142,7 +143,7 @@ int read_factor(engine_type& f, const char* file) {
         }
         return 0;
     });
-    if (rc == -200) return -199;
+    if (rc == fem::error_internal) return fem::error_memory;
     if (rc) return rc;
     f.matrix() = m;
     f.matrix().mark_factored();  // a file of factors: save writes a factored matrix

@@ -15,7 +15,7 @@
 
 namespace orv {
 namespace fem {
-namespace internal {
+namespace detail {
 
 // M: the matrix handle, E: its engine.
 template <class M, class E>
@@ -232,6 +232,6 @@ struct states_handle_ops {
     }
 };
 
-}  // namespace internal
+}  // namespace detail
 }  // namespace fem
 }  // namespace orv

@@ -14,8 +14,8 @@ namespace {
 
 typedef core::FEM_matrix_engine engine_type;
 typedef core::FEM_states_engine states_type;
-typedef internal::matrix_handle_ops<FEM_matrix, core::FEM_matrix_engine> mops;
-typedef internal::states_handle_ops<FEM_states, FEM_matrix, core::FEM_states_engine> ops;
+typedef detail::matrix_handle_ops<FEM_matrix, core::FEM_matrix_engine> mops;
+typedef detail::states_handle_ops<FEM_states, FEM_matrix, core::FEM_states_engine> ops;
 
 // A new engine object of type E, or null when memory fails.
 template <class E>

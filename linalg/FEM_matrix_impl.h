@@ -2,6 +2,7 @@
 // states: a dense out-of-core matrix whose rows carry DOF IDs.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <algorithm>
 #include <complex>
 #include <cstddef>
@@ -53,7 +54,7 @@ public:
         const std::size_t rows = IDs ? IDs->size() : 0;
         if (dense().init(rows, cols, value, mgr)) {
             M::clear();
-            return -199;
+            return fem::error_memory;
         }
         M::set_IDs(IDs);
         return 0;
@@ -64,7 +65,7 @@ public:
         Ptr<ID_list> ids(new (std::nothrow) ID_list());
         if (!ids || (IDs.size() && !ids->init(IDs.begin(), IDs.end()))) {
             M::clear();
-            return -199;
+            return fem::error_memory;
         }
         return init(ids, cols, value, mgr);
     }
@@ -81,14 +82,14 @@ public:
     int get_val(std::uint64_t ID, std::uint64_t col, value_type& v) const noexcept {
         v = value_type();
         const std::uint32_t r = row_of(ID);
-        if (r == npos || col >= cols()) return -101;
+        if (r == npos || col >= cols()) return fem::error_data;
         return dense().get_val(r, std::size_t(col), v);
     }
     // strict: an unknown ID is an error; otherwise it is skipped.
     int set_val(std::uint64_t ID, std::uint64_t col, const value_type& v, bool strict) noexcept {
-        if (col >= cols()) return -101;
+        if (col >= cols()) return fem::error_data;
         const std::uint32_t r = row_of(ID);
-        if (r == npos) return strict ? -101 : 0;
+        if (r == npos) return strict ? fem::error_data : 0;
         return dense().set_val(r, std::size_t(col), v);
     }
     // Columns [first, first + n) of a row, capped to the end.
@@ -96,10 +97,10 @@ public:
         const std::uint32_t r = row_of(ID);
         if (r == npos || first > cols()) {
             v.clear();
-            return -101;
+            return fem::error_data;
         }
         if (n > cols() - first) n = cols() - first;
-        if (!v.resize(std::size_t(n))) return -199;
+        if (!v.resize(std::size_t(n))) return fem::error_memory;
         for (std::size_t k = 0; k < n; ++k) {
             const int rc = dense().get_val(r, std::size_t(first) + k, v[k]);
             if (rc) return rc;
@@ -108,9 +109,9 @@ public:
     }
     // v into columns [col, col + v.size()), which must exist.
     int set_row(std::uint64_t ID, const orv::dense1D<value_type, 8>& v, std::uint64_t col, bool strict) noexcept {
-        if (col > cols() || v.size() > cols() - col) return -101;
+        if (col > cols() || v.size() > cols() - col) return fem::error_data;
         const std::uint32_t r = row_of(ID);
-        if (r == npos) return strict ? -101 : 0;
+        if (r == npos) return strict ? fem::error_data : 0;
         for (std::size_t k = 0; k < v.size(); ++k) {
             const int rc = dense().set_val(r, std::size_t(col) + k, v[k]);
             if (rc) return rc;
@@ -136,7 +137,7 @@ public:
     int get_vector(std::uint64_t node, unsigned tag, std::uint64_t col, value_type out[3]) const noexcept {
         out[0] = out[1] = out[2] = value_type();
         const int off = field_offset(tag);
-        if (off < 0 || col >= cols()) return -101;
+        if (off < 0 || col >= cols()) return fem::error_data;
         for (unsigned c = 0; c < 3; ++c) {
             const std::uint32_t r = row_of(nodal_ID(node, off, c));
             if (r == npos) continue;
@@ -147,7 +148,7 @@ public:
     }
     int set_vector(std::uint64_t node, unsigned tag, std::uint64_t col, const value_type in[3]) noexcept {
         const int off = field_offset(tag);
-        if (off < 0 || col >= cols()) return -101;
+        if (off < 0 || col >= cols()) return fem::error_data;
         for (unsigned c = 0; c < 3; ++c) {
             const std::uint32_t r = row_of(nodal_ID(node, off, c));
             if (r == npos) continue;
@@ -161,10 +162,10 @@ public:
         const int off = field_offset(tag);
         if (off < 0 || first > cols()) {
             out.clear();
-            return -101;
+            return fem::error_data;
         }
         const std::size_t n = cols() - std::size_t(first);
-        if (!out.resize(3, n)) return -199;
+        if (!out.resize(3, n)) return fem::error_memory;
         for (std::size_t k = 0; k < n; ++k) {
             const int rc = get_vector(node, tag, first + k, out.col(k));
             if (rc) return rc;
@@ -175,7 +176,7 @@ public:
     // The rows of o matched to this matrix's rows by ID, as a dense matrix of
     // rows() x o.cols(); a row that o lacks is 0.
     int matched_columns(const FEM_matrix_impl& o, dense_type& out) const noexcept {
-        if (out.init(rows(), o.cols(), value_type())) return -199;
+        if (out.init(rows(), o.cols(), value_type())) return fem::error_memory;
         const ID_list* mine = M::get_IDs().get();
         for (std::size_t r = 0; r < rows(); ++r) {
             const std::uint32_t s = o.row_of((*mine)[r]);
@@ -204,7 +205,7 @@ public:
         if (!M::get_IDs() || (rows() == 0 && cols() == 0)) {
             // Nothing here yet: a copy of o.
             dense_type d;
-            if (d.copy(o.dense())) return -199;
+            if (d.copy(o.dense())) return fem::error_memory;
             dense() = d;
             M::set_IDs(o.get_IDs());
             return 0;
@@ -231,7 +232,7 @@ public:
     // this += alpha * o on the common IDs; columns must agree.
     template <class S, class M2>
     int axpy(const S& alpha, const FEM_matrix_impl<M2>& o) noexcept {
-        if (o.cols() != cols()) return -101;
+        if (o.cols() != cols()) return fem::error_data;
         if (!M::get_IDs()) return 0;
         const ID_list& mine = *M::get_IDs();
         for (std::size_t r = 0; r < rows(); ++r) {
@@ -249,7 +250,7 @@ public:
 
     // pos(c, node) += alpha * value(ID, col) for displacement DOFs.
     int add_displacements(orv::dense2D<double>& pos, std::uint64_t col, double alpha) const noexcept {
-        if (col >= cols()) return -101;
+        if (col >= cols()) return fem::error_data;
         if (!M::get_IDs()) return 0;
         const ID_list& ids = *M::get_IDs();
         for (std::size_t r = 0; r < rows(); ++r) {
@@ -296,21 +297,21 @@ public:
     double step_of(std::size_t c) const { return c < steps.size() ? steps[c] : 0.0; }
     // 0, -101 past the columns, -199.
     int set_stress(std::size_t c, const Ptr<stress_super_mgr>& s) noexcept {
-        if (c >= this->cols()) return -101;
+        if (c >= this->cols()) return fem::error_data;
         try {
             if (stresses.size() <= c) stresses.resize(c + 1);
         } catch (...) {
-            return -199;
+            return fem::error_memory;
         }
         stresses[c] = s;
         return 0;
     }
     int set_step(std::size_t c, double v) noexcept {
-        if (c >= this->cols()) return -101;
+        if (c >= this->cols()) return fem::error_data;
         try {
             if (steps.size() <= c) steps.resize(c + 1, 0.0);
         } catch (...) {
-            return -199;
+            return fem::error_memory;
         }
         steps[c] = v;
         return 0;
@@ -333,7 +334,7 @@ public:
                 steps.push_back(o.step_of(first + k));
             }
         } catch (...) {
-            return -199;
+            return fem::error_memory;
         }
         return 0;
     }

@@ -1,4 +1,5 @@
 // Out-of-core manager: budget and temporary folder.
+#include <orv/fem/error_type.h>
 #include "linalg/OOC_mgr.h"
 
 #include <sys/stat.h>
@@ -30,13 +31,13 @@ int OOC_mgr::init(unsigned MB, const char* folder, const char* prefix) {
     }
     while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
     // The full name of a file is directory + '/' + stem + 6 unique characters.
-    if (dir.size() + 1 + stem.size() + 6 >= max_path) return -151;
+    if (dir.size() + 1 + stem.size() + 6 >= max_path) return fem::error_temp_file;
 
     struct stat st;
-    if (stat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return -151;
-    if (access(dir.c_str(), W_OK | X_OK) != 0) return -151;
+    if (stat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return fem::error_temp_file;
+    if (access(dir.c_str(), W_OK | X_OK) != 0) return fem::error_temp_file;
     struct statvfs vfs;
-    if (statvfs(dir.c_str(), &vfs) != 0) return -151;
+    if (statvfs(dir.c_str(), &vfs) != 0) return fem::error_temp_file;
 
     free_disk_bytes_ = static_cast<std::uint64_t>(vfs.f_bavail) * vfs.f_frsize;
     directory_ = dir;

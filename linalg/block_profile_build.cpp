@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "linalg/block_profile_build.h"
 
 #include <algorithm>
@@ -44,9 +45,9 @@ int compute_first_neighbour_heights(const orv::dense1D<unsigned int, 8>& xadj,
                                     const orv::dense1D<unsigned int, 8>& iperm,
                                     orv::dense1D<unsigned int, 8>& heights) {
     heights.clear();
-    if (!check_order(xadj, adjncy, perm, iperm)) return -101;
+    if (!check_order(xadj, adjncy, perm, iperm)) return fem::error_data;
     const unsigned int n = static_cast<unsigned int>(perm.size());
-    if (!heights.resize(n)) return -199;
+    if (!heights.resize(n)) return fem::error_memory;
     for (unsigned int i = 0; i < n; ++i) {
         const unsigned int v = perm[i];
         unsigned int low = i;
@@ -61,7 +62,7 @@ int build_node_block_profile(const orv::dense1D<unsigned int, 8>& xadj, const or
                              const orv::dense1D<unsigned int, 8>& sizes, unsigned int limit,
                              orv::dense1D<block_profile, 8>& blocks) {
     blocks.clear_hard();
-    if (!check_order(xadj, adjncy, perm, iperm) || sizes.size() != perm.size() || limit == 0) return -101;
+    if (!check_order(xadj, adjncy, perm, iperm) || sizes.size() != perm.size() || limit == 0) return fem::error_data;
     const unsigned int n = static_cast<unsigned int>(perm.size());
     if (n == 0) return 0;
     orv::dense1D<unsigned int, 8> h;
@@ -134,7 +135,7 @@ int build_node_block_profile(const orv::dense1D<unsigned int, 8>& xadj, const or
         }
     } catch (const std::bad_alloc&) {
         blocks.clear_hard();
-        return -199;
+        return fem::error_memory;
     }
     return 0;
 }
@@ -145,28 +146,28 @@ int convert_block_profile_to_DOFs(const orv::dense1D<block_profile, 8>& node_blo
                                   orv::dense1D<block_profile, 8>& DOF_blocks) {
     DOF_blocks.clear_hard();
     const std::size_t n = perm.size();
-    if (sizes.size() != n) return -101;
+    if (sizes.size() != n) return fem::error_data;
     try {
         std::vector<std::uint64_t> offset(n + 1, 0);
         for (std::size_t k = 0; k < n; ++k) {
-            if (perm[k] >= n) return -101;
+            if (perm[k] >= n) return fem::error_data;
             offset[k + 1] = offset[k] + sizes[perm[k]];
         }
-        if (offset[n] > 0xFFFFFFFFull) return -101;
+        if (offset[n] > 0xFFFFFFFFull) return fem::error_data;
         const std::size_t nb = node_blocks.size();
         if (!DOF_blocks.resize(nb)) throw std::bad_alloc();
         for (std::size_t b = 0; b < nb; ++b) {
             const block_profile& nbp = node_blocks[b];
             if (nbp.first > nbp.last || nbp.last > n) {
                 DOF_blocks.clear_hard();
-                return -101;
+                return fem::error_data;
             }
             std::size_t count = 0;
             for (std::size_t k = 0; k < nbp.segments.size(); ++k) {
                 const block_segment& s = nbp.segments[k];
                 if (s.column >= n || std::min(nbp.last, s.column) < s.height) {
                     DOF_blocks.clear_hard();
-                    return -101;
+                    return fem::error_data;
                 }
                 count += sizes[perm[s.column]];
             }
@@ -190,7 +191,7 @@ int convert_block_profile_to_DOFs(const orv::dense1D<block_profile, 8>& node_blo
         }
     } catch (const std::bad_alloc&) {
         DOF_blocks.clear_hard();
-        return -199;
+        return fem::error_memory;
     }
     return 0;
 }
@@ -218,7 +219,7 @@ int compute_block_profile_totals(const orv::dense1D<block_profile, 8>& blocks, b
             saturated = true;
         t.max_block_bytes = std::max(t.max_block_bytes, bytes);
     }
-    return saturated ? -199 : 0;
+    return saturated ? fem::error_memory : 0;
 }
 
 void report_block_profile(const block_profile_totals& t, profile_log_hook hook, void* pass_thru) {

@@ -21,7 +21,7 @@ std::size_t column_height_map::bucket_count_for(std::size_t wanted) noexcept {
     return primes[29];
 }
 
-void column_height_map::__rebuild(std::size_t wanted) {
+void column_height_map::rebuild_table(std::size_t wanted) {
     const std::size_t b = bucket_count_for(wanted);
     std::vector<slot> fresh(b, slot{0u, 0u, 0u});
     fresh.reserve(b + b / 2);
@@ -29,10 +29,10 @@ void column_height_map::__rebuild(std::size_t wanted) {
     buckets_ = b;
     elements_ = 0;
     for (const slot& s : fresh)
-        if (s.link & 1u) __place(s.key, s.value);
+        if (s.link & 1u) place_entry(s.key, s.value);
 }
 
-void column_height_map::__place(unsigned int key, unsigned int value) {
+void column_height_map::place_entry(unsigned int key, unsigned int value) {
     std::size_t i = key % buckets_;
     if (!(slots_[i].link & 1u)) {
         slots_[i] = slot{key, value, 1u};
@@ -58,8 +58,8 @@ void column_height_map::insert_max(unsigned int column, unsigned int height) {
             i += slots_[i].link >> 1;
         }
     }
-    if (elements_ + 1 > 2 * buckets_) __rebuild(2 * elements_);
-    __place(column, height);
+    if (elements_ + 1 > 2 * buckets_) rebuild_table(2 * elements_);
+    place_entry(column, height);
 }
 
 bool column_height_map::find(unsigned int column, unsigned int& height) const noexcept {

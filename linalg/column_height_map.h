@@ -16,7 +16,7 @@ public:
     static std::size_t bucket_count_for(std::size_t wanted) noexcept;
 
     // An empty map with 23 buckets. May throw std::bad_alloc.
-    column_height_map() { __rebuild(23); }
+    column_height_map() { rebuild_table(23); }
 
     std::size_t size() const noexcept { return elements_; }
     std::size_t buckets() const noexcept { return buckets_; }
@@ -47,8 +47,8 @@ private:
         std::size_t link;
     };
 
-    void __rebuild(std::size_t wanted);
-    void __place(unsigned int key, unsigned int value);
+    void rebuild_table(std::size_t wanted);
+    void place_entry(unsigned int key, unsigned int value);
 
     std::vector<slot> slots_;
     std::size_t buckets_ = 0;

@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "linalg/compressed_graph.h"
 
 #include <algorithm>
@@ -30,10 +31,10 @@ int build_clique_graph(unsigned int n, const orv::dense1D<unsigned int, 8>& grou
     adjncy.clear();
     const std::size_t g = group_ptr.size() ? group_ptr.size() - 1 : 0;
     for (std::size_t k = 0; k < g; ++k)
-        if (group_ptr[k] > group_ptr[k + 1] || group_ptr[k + 1] > group_ids.size()) return -101;
-    if (g && group_ptr[0] != 0) return -101;
+        if (group_ptr[k] > group_ptr[k + 1] || group_ptr[k + 1] > group_ids.size()) return fem::error_data;
+    if (g && group_ptr[0] != 0) return fem::error_data;
     for (std::size_t k = 0; k < (g ? group_ptr[g] : 0u); ++k)
-        if (group_ids[k] >= n) return -101;
+        if (group_ids[k] >= n) return fem::error_data;
     try {
         // Groups of each vertex, two passes.
         std::vector<unsigned int> vptr(std::size_t(n) + 1, 0);
@@ -88,7 +89,7 @@ int build_clique_graph(unsigned int n, const orv::dense1D<unsigned int, 8>& grou
     } catch (const std::bad_alloc&) {
         xadj.clear_hard();
         adjncy.clear_hard();
-        return -199;
+        return fem::error_memory;
     }
     return 0;
 }
@@ -174,7 +175,7 @@ int compress_graph(const orv::dense1D<unsigned int, 8>& xadj, const orv::dense1D
             throw std::bad_alloc();
     } catch (const std::bad_alloc&) {
         out.clear();
-        return -199;
+        return fem::error_memory;
     }
     return 0;
 }

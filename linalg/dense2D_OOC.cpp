@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "linalg/dense2D_OOC.h"
 
 namespace orv {
@@ -32,11 +33,11 @@ Ptr<dense2D_proxy_data<T>> dense2D_OOC<T>::make_proxy(std::size_t rows, std::siz
 
 template <class T>
 int dense2D_OOC<T>::init(std::size_t rows, std::size_t cols, const T& fill_value, const Ptr<OOC_mgr>& mgr) noexcept {
-    if (cols != 0 && rows > std::size_t(-1) / sizeof(T) / cols) return -199;
+    if (cols != 0 && rows > std::size_t(-1) / sizeof(T) / cols) return fem::error_memory;
     Ptr<proxy_type> px = make_proxy(rows, cols, fill_value, mgr);
     if (!px) {
         clear();
-        return -199;
+        return fem::error_memory;
     }
     proxy_ = px;
     rows_ = rows;
@@ -48,11 +49,11 @@ int dense2D_OOC<T>::init(std::size_t rows, std::size_t cols, const T& fill_value
 template <class T>
 int dense2D_OOC<T>::init(const orv::dense2D<T>& values, const Ptr<OOC_mgr>& mgr) noexcept {
     Ptr<proxy_type> px(new (std::nothrow) proxy_type());
-    if (!px) return -199;
+    if (!px) return fem::error_memory;
     try {
         px->written.assign(values.cols(), false);
     } catch (...) {
-        return -199;
+        return fem::error_memory;
     }
     px->rows = values.rows();
     px->columns = values.cols();
@@ -78,12 +79,12 @@ bool dense2D_OOC<T>::force_incore() noexcept {
 
 template <class T>
 int dense2D_OOC<T>::window(std::size_t c, std::size_t n) noexcept {
-    if (c > cols_ || (c == cols_ && cols_ != 0)) return -101;
+    if (c > cols_ || (c == cols_ && cols_ != 0)) return fem::error_data;
     if (n > cols_ - c) n = cols_ - c;
     if (!proxy_ || n == 0) return 0;
     const std::uint64_t g0 = start_ + c, g1 = g0 + n;
     if (g0 >= proxy_->first_resident && g1 <= proxy_->first_resident + proxy_->n_resident) return 0;
-    return -200;  // columns outside the window need the disk side
+    return fem::error_internal;  // columns outside the window need the disk side
 }
 
 template <class T>
@@ -98,18 +99,18 @@ orv::dense2D<T> dense2D_OOC<T>::as_raw_matrix() const noexcept {
 template <class T>
 int dense2D_OOC<T>::get_val(std::size_t i, std::size_t j, T& v) const noexcept {
     v = T();
-    if (i >= rows_ || j >= cols_) return -101;
-    const T* p = const_cast<dense2D_OOC*>(this)->__col(j);
-    if (!p) return -200;
+    if (i >= rows_ || j >= cols_) return fem::error_data;
+    const T* p = const_cast<dense2D_OOC*>(this)->col_ptr(j);
+    if (!p) return fem::error_internal;
     v = p[i];
     return 0;
 }
 
 template <class T>
 int dense2D_OOC<T>::set_val(std::size_t i, std::size_t j, const T& v) noexcept {
-    if (i >= rows_ || j >= cols_) return -101;
-    T* p = __col(j);
-    if (!p) return -200;
+    if (i >= rows_ || j >= cols_) return fem::error_data;
+    T* p = col_ptr(j);
+    if (!p) return fem::error_internal;
     p[i] = v;
     proxy_->read_only = false;
     return 0;
@@ -117,9 +118,9 @@ int dense2D_OOC<T>::set_val(std::size_t i, std::size_t j, const T& v) noexcept {
 
 template <class T>
 int dense2D_OOC<T>::add_val(std::size_t i, std::size_t j, const T& v) noexcept {
-    if (i >= rows_ || j >= cols_) return -101;
-    T* p = __col(j);
-    if (!p) return -200;
+    if (i >= rows_ || j >= cols_) return fem::error_data;
+    T* p = col_ptr(j);
+    if (!p) return fem::error_internal;
     p[i] += v;
     proxy_->read_only = false;
     return 0;
@@ -127,19 +128,19 @@ int dense2D_OOC<T>::add_val(std::size_t i, std::size_t j, const T& v) noexcept {
 
 template <class T>
 int dense2D_OOC<T>::get_col(std::size_t c, orv::dense1D<T, 8>& v) const noexcept {
-    if (c >= cols_) return -101;
-    const T* p = const_cast<dense2D_OOC*>(this)->__col(c);
-    if (!p) return -200;
-    if (!v.resize(rows_)) return -199;
+    if (c >= cols_) return fem::error_data;
+    const T* p = const_cast<dense2D_OOC*>(this)->col_ptr(c);
+    if (!p) return fem::error_internal;
+    if (!v.resize(rows_)) return fem::error_memory;
     std::copy(p, p + rows_, v.data());
     return 0;
 }
 
 template <class T>
 int dense2D_OOC<T>::set_col(std::size_t c, const orv::dense1D<T, 8>& v) noexcept {
-    if (c >= cols_ || v.size() != rows_) return -101;
-    T* p = __col(c);
-    if (!p) return -200;
+    if (c >= cols_ || v.size() != rows_) return fem::error_data;
+    T* p = col_ptr(c);
+    if (!p) return fem::error_internal;
     std::copy(v.data(), v.data() + rows_, p);
     proxy_->read_only = false;
     return 0;
@@ -148,8 +149,8 @@ int dense2D_OOC<T>::set_col(std::size_t c, const orv::dense1D<T, 8>& v) noexcept
 template <class T>
 int dense2D_OOC<T>::fill(const T& v) noexcept {
     for (std::size_t c = 0; c < cols_; ++c) {
-        T* p = __col(c);
-        if (!p) return -200;
+        T* p = col_ptr(c);
+        if (!p) return fem::error_internal;
         std::fill(p, p + rows_, v);
     }
     if (proxy_) proxy_->read_only = false;
@@ -162,10 +163,10 @@ int dense2D_OOC<T>::copy(const dense2D_OOC& o) noexcept {
     const dense2D_OOC src(o);  // keeps o's proxy alive whatever happens to ours
     Ptr<proxy_type> px = make_proxy(src.rows_, src.cols_, src.proxy_ ? src.proxy_->fill_value : T(),
                                     src.proxy_ ? src.proxy_->mgr : Ptr<OOC_mgr>());
-    if (!px) return -199;
+    if (!px) return fem::error_memory;
     for (std::size_t c = 0; c < src.cols_; ++c) {
-        const T* s = const_cast<dense2D_OOC&>(src).__col(c);
-        if (!s) return -200;
+        const T* s = const_cast<dense2D_OOC&>(src).col_ptr(c);
+        if (!s) return fem::error_internal;
         std::copy(s, s + src.rows_, px->window.col(c));
     }
     proxy_ = px;
@@ -178,20 +179,20 @@ int dense2D_OOC<T>::copy(const dense2D_OOC& o) noexcept {
 template <class T>
 int dense2D_OOC<T>::push_back(const dense2D_OOC& o) noexcept {
     if (o.cols_ == 0) return 0;
-    if (cols_ != 0 && o.rows_ != rows_) return -101;
+    if (cols_ != 0 && o.rows_ != rows_) return fem::error_data;
     const dense2D_OOC src(o);  // o may be this very object
     const std::size_t rows = src.rows_, old = cols_;
     Ptr<proxy_type> px = make_proxy(rows, old + src.cols_, proxy_ ? proxy_->fill_value : T(),
                                     proxy_ ? proxy_->mgr : src.proxy_->mgr);
-    if (!px) return -199;
+    if (!px) return fem::error_memory;
     for (std::size_t c = 0; c < old; ++c) {
-        const T* s = __col(c);
-        if (!s) return -200;
+        const T* s = col_ptr(c);
+        if (!s) return fem::error_internal;
         std::copy(s, s + rows, px->window.col(c));
     }
     for (std::size_t c = 0; c < src.cols_; ++c) {
-        const T* s = const_cast<dense2D_OOC&>(src).__col(c);
-        if (!s) return -200;
+        const T* s = const_cast<dense2D_OOC&>(src).col_ptr(c);
+        if (!s) return fem::error_internal;
         std::copy(s, s + rows, px->window.col(old + c));
     }
     proxy_ = px;
@@ -205,7 +206,7 @@ template <class T>
 int dense2D_OOC<T>::push_back_n(std::size_t n, const T& v) noexcept {
     if (n == 0) return 0;
     dense2D_OOC extra;
-    if (extra.init(rows_, n, v, proxy_ ? proxy_->mgr : Ptr<OOC_mgr>())) return -199;
+    if (extra.init(rows_, n, v, proxy_ ? proxy_->mgr : Ptr<OOC_mgr>())) return fem::error_memory;
     return push_back(extra);
 }
 

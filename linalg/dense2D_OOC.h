@@ -150,7 +150,7 @@ private:
     // Proxy of `rows x cols` values in memory, filled with v.
     static Ptr<proxy_type> make_proxy(std::size_t rows, std::size_t cols, const T& v, const Ptr<OOC_mgr>& mgr) noexcept;
     // Makes column c resident and gives its address, null when it cannot be.
-    T* __col(std::size_t c) noexcept {
+    T* col_ptr(std::size_t c) noexcept {
         if (c >= cols_) return nullptr;
         if (T* p = col(c)) return p;
         return window(c, 1) == 0 ? col(c) : nullptr;

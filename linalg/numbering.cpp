@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "linalg/numbering.h"
 
 #include <metis.h>
@@ -38,7 +39,7 @@ int metis_order(const orv::dense1D<unsigned int, 8>& xadj, const orv::dense1D<un
                 const orv::dense1D<unsigned int, 8>& weights, orv::dense1D<unsigned int, 8>& perm,
                 orv::dense1D<unsigned int, 8>& iperm) {
     const std::size_t n = perm.size();
-    if (n > 0x7FFFFFFFu || xadj[n] > 0x7FFFFFFFu) return -101;
+    if (n > 0x7FFFFFFFu || xadj[n] > 0x7FFFFFFFu) return fem::error_data;
     std::vector<idx_t> mx(xadj.begin(), xadj.end());
     std::vector<idx_t> ma(adjncy.begin(), adjncy.begin() + xadj[n]);
     std::vector<idx_t> mw;
@@ -48,13 +49,13 @@ int metis_order(const orv::dense1D<unsigned int, 8>& xadj, const orv::dense1D<un
     if (ma.empty()) ma.push_back(0);  // METIS reads the array even with no edge
     const int rc = METIS_NodeND(&nv, mx.data(), ma.data(), mw.empty() ? nullptr : mw.data(), nullptr, mp.data(),
                                 mi.data());
-    if (rc == METIS_ERROR_MEMORY) return -199;
-    if (rc != METIS_OK) return -200;
+    if (rc == METIS_ERROR_MEMORY) return fem::error_memory;
+    if (rc != METIS_OK) return fem::error_internal;
     for (std::size_t k = 0; k < n; ++k) {
         perm[k] = static_cast<unsigned int>(mp[k]);
         iperm[k] = static_cast<unsigned int>(mi[k]);
     }
-    return valid_order(n, perm, iperm) ? 0 : -200;
+    return valid_order(n, perm, iperm) ? 0 : fem::error_internal;
 }
 
 }  // namespace
@@ -64,13 +65,13 @@ int compute_numbering(unsigned int mode, const orv::dense1D<unsigned int, 8>& xa
                       orv::dense1D<unsigned int, 8>& perm, orv::dense1D<unsigned int, 8>& iperm) {
     perm.clear();
     iperm.clear();
-    if (!valid_graph(xadj, adjncy)) return -101;
-    if (mode >= 1 && mode <= 3) return -101;
+    if (!valid_graph(xadj, adjncy)) return fem::error_data;
+    if (mode >= 1 && mode <= 3) return fem::error_data;
     const std::size_t n = xadj.size() ? xadj.size() - 1 : 0;
     if (!perm.resize(n) || !iperm.resize(n)) {
         perm.clear_hard();
         iperm.clear_hard();
-        return -199;
+        return fem::error_memory;
     }
     for (std::size_t k = 0; k < n; ++k) perm[k] = iperm[k] = static_cast<unsigned int>(k);
     if (n == 0 || mode > 5) return 0;
@@ -88,7 +89,7 @@ int compute_numbering(unsigned int mode, const orv::dense1D<unsigned int, 8>& xa
         rc = metis_order(xadj, adjncy, weights, perm, iperm);
         if (rc == 0 && mode == 5) rc = postorder_numbering(xadj, adjncy, perm, iperm);
     } catch (const std::bad_alloc&) {
-        rc = -199;
+        rc = fem::error_memory;
     }
     if (rc) {
         perm.clear_hard();
@@ -101,13 +102,13 @@ int compute_elimination_tree(const orv::dense1D<unsigned int, 8>& xadj, const or
                              const orv::dense1D<unsigned int, 8>& perm, const orv::dense1D<unsigned int, 8>& iperm,
                              orv::dense1D<unsigned int, 8>& parent) {
     parent.clear();
-    if (!valid_graph(xadj, adjncy)) return -101;
+    if (!valid_graph(xadj, adjncy)) return fem::error_data;
     const std::size_t n = xadj.size() ? xadj.size() - 1 : 0;
-    if (!valid_order(n, perm, iperm)) return -101;
+    if (!valid_order(n, perm, iperm)) return fem::error_data;
     orv::dense1D<unsigned int, 8> ancestor;
     if (!parent.resize(n, none) || !ancestor.resize(n, none)) {
         parent.clear_hard();
-        return -199;
+        return fem::error_memory;
     }
     for (std::size_t k = 0; k < n; ++k) {
         const unsigned int v = perm[k];
@@ -156,13 +157,13 @@ int postorder_numbering(const orv::dense1D<unsigned int, 8>& xadj, const orv::de
             order[--pos] = perm[k];
             for (unsigned int c = head[k]; c != none; c = next[c]) stack.push_back(c);
         }
-        if (pos != 0) return -200;
+        if (pos != 0) return fem::error_internal;
         for (std::size_t k = 0; k < n; ++k) {
             perm[k] = order[k];
             iperm[order[k]] = static_cast<unsigned int>(k);
         }
     } catch (const std::bad_alloc&) {
-        return -199;
+        return fem::error_memory;
     }
     return 0;
 }
@@ -174,11 +175,11 @@ int build_DOF_pattern(const compressed_graph& g, const orv::dense1D<unsigned int
     columns.clear();
     const std::size_t ns = g.nbr_super();
     if (!valid_order(ns, perm, iperm) || !valid_graph(g.xadj, g.adjncy) || (g.xadj.size() != ns + 1 && !(ns == 0 && g.xadj.size() == 0)))
-        return -101;
+        return fem::error_data;
     try {
         std::vector<std::uint64_t> offset(ns + 1, 0);
         for (std::size_t k = 0; k < ns; ++k) offset[k + 1] = offset[k] + g.super_size(perm[k]);
-        if (offset[ns] > 0xFFFFFFFFull) return -101;
+        if (offset[ns] > 0xFFFFFFFFull) return fem::error_data;
         // Count, then fill: the rows of supervariable position k share the later
         // neighbour positions.
         std::vector<unsigned int> later;
@@ -220,7 +221,7 @@ int build_DOF_pattern(const compressed_graph& g, const orv::dense1D<unsigned int
     } catch (const std::bad_alloc&) {
         pointers.clear_hard();
         columns.clear_hard();
-        return -199;
+        return fem::error_memory;
     }
     return 0;
 }
@@ -231,28 +232,28 @@ int number_free_DOFs(const orv::dense1D<unsigned int, 8>& group_ptr, const orv::
     out.clear();
     const std::size_t n = free_DOFs.size();
     if (n == 0) return 0;
-    if (n > 0x7FFFFFFFu) return -101;
+    if (n > 0x7FFFFFFFu) return fem::error_data;
     const std::size_t g = group_ptr.size() ? group_ptr.size() - 1 : 0;
-    if (g && group_ptr[0] != 0) return -101;
+    if (g && group_ptr[0] != 0) return fem::error_data;
     for (std::size_t k = 0; k < g; ++k)
-        if (group_ptr[k] > group_ptr[k + 1] || group_ptr[k + 1] > group_IDs.size()) return -101;
+        if (group_ptr[k] > group_ptr[k + 1] || group_ptr[k + 1] > group_IDs.size()) return fem::error_data;
 
     // Element groups as sorted lists of free-DOF positions without duplicates.
     orv::dense1D<unsigned int, 8> gptr, gids;
-    if (!gptr.reserve(g + 1) || !gids.reserve(12 * g) || !gptr.push_back(0u)) return -199;
+    if (!gptr.reserve(g + 1) || !gids.reserve(12 * g) || !gptr.push_back(0u)) return fem::error_memory;
     for (std::size_t k = 0; k < g; ++k) {
         const std::size_t start = gids.size();
         for (unsigned int e = group_ptr[k]; e < group_ptr[k + 1]; ++e) {
             const std::uint32_t p = free_DOFs.find(group_IDs[e]);
-            if (p != vector_fast<unsigned int>::npos && !gids.push_back(p)) return -199;
+            if (p != vector_fast<unsigned int>::npos && !gids.push_back(p)) return fem::error_memory;
         }
         unsigned int* b = gids.data() + start;
         unsigned int* e = gids.data() + gids.size();
         std::sort(b, e);
         const std::size_t len = static_cast<std::size_t>(std::unique(b, e) - b);
         gids.resize(start + len);
-        if (gids.size() > 0xFFFFFFFFu) return -199;
-        if (!gptr.push_back(static_cast<unsigned int>(gids.size()))) return -199;
+        if (gids.size() > 0xFFFFFFFFu) return fem::error_memory;
+        if (!gptr.push_back(static_cast<unsigned int>(gids.size()))) return fem::error_memory;
     }
 
     orv::dense1D<unsigned int, 8> xadj, adjncy;
@@ -268,7 +269,7 @@ int number_free_DOFs(const orv::dense1D<unsigned int, 8>& group_ptr, const orv::
 
     const unsigned int ns = cg.nbr_super();
     orv::dense1D<unsigned int, 8> weights;
-    if (!weights.resize(ns)) return -199;
+    if (!weights.resize(ns)) return fem::error_memory;
     for (unsigned int s = 0; s < ns; ++s) weights[s] = cg.super_size(s);
 
     orv::dense1D<unsigned int, 8> perm, iperm;
@@ -283,7 +284,7 @@ int number_free_DOFs(const orv::dense1D<unsigned int, 8>& group_ptr, const orv::
     if (rc == 0 && with_pattern) {
         orv::dense1D<unsigned int, 8> pointers, columns;
         rc = build_DOF_pattern(cg, perm, iperm, pointers, columns);
-        if (rc == 0 && !out.pattern.init(pointers, columns, 0.0)) rc = -199;
+        if (rc == 0 && !out.pattern.init(pointers, columns, 0.0)) rc = fem::error_memory;
     }
     if (rc) {
         out.clear();
@@ -294,7 +295,7 @@ int number_free_DOFs(const orv::dense1D<unsigned int, 8>& group_ptr, const orv::
     orv::dense1D<unsigned int, 8> ordered;
     if (!ordered.resize(n)) {
         out.clear();
-        return -199;
+        return fem::error_memory;
     }
     std::size_t at = 0;
     for (unsigned int k = 0; k < ns; ++k) {
@@ -304,7 +305,7 @@ int number_free_DOFs(const orv::dense1D<unsigned int, 8>& group_ptr, const orv::
     // init builds the new table aside: on failure the caller's list is untouched.
     if (!free_DOFs.init(ordered.begin(), ordered.end())) {
         out.clear();
-        return -199;
+        return fem::error_memory;
     }
     return 0;
 }

@@ -2,6 +2,7 @@
 // wins: one mechanism for the runs, the models' element loops and the factorisation.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <omp.h>
 
 #include <atomic>
@@ -17,9 +18,9 @@ inline int code_of_current_exception() noexcept {
     try {
         throw;
     } catch (const std::bad_alloc&) {
-        return -199;
+        return fem::error_memory;
     } catch (...) {
-        return -200;
+        return fem::error_internal;
     }
 }
 

@@ -2,6 +2,7 @@
 // with it, and the range of pivots seen.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -276,24 +277,24 @@ pivot_verdict judge_pivot_range(const Checker& checker, int rc, std::size_t n, c
     const std::size_t lo_row = lo_set ? checker.first_position : checker.second_position;
     const std::size_t hi_row = hi_set ? checker.second_position : checker.first_position;
     const std::size_t rejected = checker.first_rejected != none ? checker.first_rejected : lo_row;
-    if (rc != 0 && rc != -107) {
+    if (rc != 0 && rc != fem::error_pivot) {
         v.error = rc;
         return v;
     }
     if (!std::isfinite(lo) || !std::isfinite(hi) || !(lo_set || hi_set)) {
-        v.error = -107;
+        v.error = fem::error_pivot;
         v.position = policy.non_finite_at_max && hi_row != none ? hi_row : rejected;
         return v;
     }
     const bool bad_sign = !policy.definite && !(lo > 0.0);
     if ((bad_sign && !policy.forcing) || (rc != 0 && !policy.forcing)) {
-        v.error = -107;
+        v.error = fem::error_pivot;
         v.position = rejected;
         return v;
     }
     const bool small = policy.definite ? !(std::fabs(lo) > 1e-12 * std::fabs(hi)) : lo < 1e-12 * hi;
     if (bad_sign || small) {
-        v.warning = -11;
+        v.warning = fem::warning_pivot;
         v.position = lo_row;
     }
     return v;

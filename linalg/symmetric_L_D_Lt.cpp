@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "linalg/symmetric_L_D_Lt.h"
 
 #include <omp.h>
@@ -149,7 +150,7 @@ int factor_own(factor_state& st, block_work_arrays& ws, std::size_t n, std::size
                 d -= y * v;
                 u[r] = v;
             }
-            if (!st.check_pivot(d, first_row + j)) return -107;
+            if (!st.check_pivot(d, first_row + j)) return fem::error_pivot;
             dinv[j] = 1.0 / d;
         }
     }
@@ -669,7 +670,7 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
             if (switch_nested) omp_set_max_active_levels(1);
         }
     } catch (const std::bad_alloc&) {
-        rc = -199;
+        rc = fem::error_memory;
     }
     if (old_blas > 0) kernels::blas_set_threads(old_blas);
     omp_destroy_lock(&st.lock);

@@ -1,6 +1,7 @@
 // LDLt factorisation of the block-skyline matrix, in place, and its solves.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -147,7 +148,7 @@ int factorize_with_outcome(skyline_factor& A, Checker& checker, const pivot_poli
     const std::uint32_t at = (ids && v.position < n) ? ids[v.position] : ~0u;
     if (v.error && !out.error) {
         out.error = v.error;
-        if (v.error == -107) {
+        if (v.error == fem::error_pivot) {
             out.error_text = "Pivot error.";
             out.file = site.file;
             out.line = site.line;

@@ -1,3 +1,4 @@
+#include <orv/fem/error_type.h>
 #include "linalg/symmetric_hybrid_OOC.h"
 
 #include <omp.h>
@@ -46,17 +47,17 @@ int symmetric_hybrid_OOC<T>::init(const block_profile* profiles, std::size_t n_p
     std::size_t dim = 0;
     for (std::size_t b = 0; b < n_profiles; ++b) {
         const block_profile& p = profiles[b];
-        if (p.first != dim || p.last < p.first) return -101;
+        if (p.first != dim || p.last < p.first) return fem::error_data;
         const std::size_t n_own = p.last - p.first;
-        if (p.segments.size() < n_own) return -101;
+        if (p.segments.size() < n_own) return fem::error_data;
         std::uint64_t values = n_own;
         for (std::size_t k = 0; k < p.segments.size(); ++k) {
             const block_segment& s = p.segments[k];
             if (k < n_own) {
-                if (s.column != p.first + k || s.height > k) return -101;
+                if (s.column != p.first + k || s.height > k) return fem::error_data;
             } else {
-                if (s.column < p.last || s.height > n_own) return -101;
-                if (k > n_own && s.column <= p.segments[k - 1].column) return -101;
+                if (s.column < p.last || s.height > n_own) return fem::error_data;
+                if (k > n_own && s.column <= p.segments[k - 1].column) return fem::error_data;
             }
             values = sat_add(values, s.height);
         }
@@ -68,11 +69,11 @@ int symmetric_hybrid_OOC<T>::init(const block_profile* profiles, std::size_t n_p
         dim = p.last;
     }
     const std::uint64_t total = sat_add(profile, 2 * nbr_segments);
-    if (profile == u64_max || max_block_bytes == u64_max || total > u64_max / 8) return -199;
-    if (dim >= std::size_t(~0u)) return -101;
+    if (profile == u64_max || max_block_bytes == u64_max || total > u64_max / 8) return fem::error_memory;
+    if (dim >= std::size_t(~0u)) return fem::error_data;
 
     Ptr<proxy_type> px(new (std::nothrow) proxy_type());
-    if (!px) return -199;
+    if (!px) return fem::error_memory;
     px->n_blocks = n_profiles;
     px->profile = profile;
     px->nbr_segments = nbr_segments;
@@ -85,20 +86,20 @@ int symmetric_hybrid_OOC<T>::init(const block_profile* profiles, std::size_t n_p
     px->budget_bytes = px->total_bytes;
     px->assembly_closed = true;
 
-    if (!px->buffer.resize(std::size_t(profile), fill_value)) return -199;
+    if (!px->buffer.resize(std::size_t(profile), fill_value)) return fem::error_memory;
     px->resident_values = px->buffer;
-    if (!px->segment_store.resize(std::size_t(nbr_segments))) return -199;
-    if (!px->resident.resize(n_profiles, block_type())) return -199;
+    if (!px->segment_store.resize(std::size_t(nbr_segments))) return fem::error_memory;
+    if (!px->resident.resize(n_profiles, block_type())) return fem::error_memory;
     if (!px->value_offsets.resize(n_profiles + 1) || !px->segment_offsets.resize(n_profiles + 1) ||
         !px->n_own_table.resize(n_profiles))
-        return -199;
+        return fem::error_memory;
     try {
         px->ever_written.assign(n_profiles, false);
     } catch (...) {
-        return -199;
+        return fem::error_memory;
     }
     orv::dense1D<unsigned int, 8> block_of, parent;
-    if (!block_of.resize(dim) || !parent.resize(n_profiles)) return -199;
+    if (!block_of.resize(dim) || !parent.resize(n_profiles)) return fem::error_memory;
 
     std::size_t voff = 0, soff = 0;
     for (std::size_t b = 0; b < n_profiles; ++b) {
@@ -150,10 +151,10 @@ void symmetric_hybrid_OOC<T>::fill(T v) {
 
 template <class T>
 int symmetric_hybrid_OOC<T>::window(std::uint64_t b, bool, std::uint64_t& w0, std::uint64_t& w1) {
-    if (!proxy_ || b >= proxy_->n_blocks) return -200;
+    if (!proxy_ || b >= proxy_->n_blocks) return fem::error_internal;
     w0 = proxy_->first_resident;
     w1 = w0 + proxy_->n_resident;
-    if (b < w0 || b >= w1) return -200;  // blocks outside a full window need the disk side
+    if (b < w0 || b >= w1) return fem::error_internal;  // blocks outside a full window need the disk side
     return 0;
 }
 
@@ -161,12 +162,12 @@ template <class T>
 int symmetric_hybrid_OOC<T>::get_val(std::size_t r, std::size_t c, T& v) const {
     v = T();
     const std::size_t n = dimension();
-    if (r >= n || c >= n) return -101;
+    if (r >= n || c >= n) return fem::error_data;
     if (r > c) std::swap(r, c);
     const std::uint64_t b = block_of_[r];
     symmetric_hybrid_OOC& self = const_cast<symmetric_hybrid_OOC&>(*this);
     std::uint64_t w0, w1;
-    if (self.window(b, true, w0, w1)) return -200;
+    if (self.window(b, true, w0, w1)) return fem::error_internal;
     const block_type& blk = proxy_->block(b);
     if (r == c) {
         v = blk.diag()[r - blk.first()];
@@ -188,14 +189,14 @@ template <class T>
 int symmetric_hybrid_OOC<T>::writable_entry(std::size_t r, std::size_t c, T*& p) {
     p = nullptr;
     const std::size_t n = dimension();
-    if (r >= n || c >= n) return -101;
+    if (r >= n || c >= n) return fem::error_data;
     if (r > c) std::swap(r, c);
     const std::uint64_t b = block_of_[r];
     std::uint64_t w0, w1;
-    if (window(b, true, w0, w1)) return -200;
+    if (window(b, true, w0, w1)) return fem::error_internal;
     block_type& blk = proxy_->block(b);
     p = (r == c) ? blk.diag() + (r - blk.first()) : blk.entry(r, c);
-    if (!p) return -102;
+    if (!p) return fem::error_index;
     proxy_->ever_written[b] = true;
     return 0;
 }
@@ -223,7 +224,7 @@ int symmetric_hybrid_OOC<T>::row_pour(std::size_t row, const std::pair<std::size
                                       T factor) {
     const std::uint64_t b = block_of_[row];
     std::uint64_t w0, w1;
-    if (window(b, true, w0, w1)) return -200;
+    if (window(b, true, w0, w1)) return fem::error_internal;
     block_type& blk = proxy_->block(b);
     proxy_->ever_written[b] = true;
     const std::size_t first = blk.first(), last = blk.last();
@@ -252,7 +253,7 @@ int symmetric_hybrid_OOC<T>::row_pour(std::size_t row, const std::pair<std::size
         if (p)
             *p = v * factor + *p;
         else
-            rc = -102;
+            rc = fem::error_index;
     }
     return rc;
 }
@@ -268,7 +269,7 @@ bool sorted_positions(const unsigned int* pos, std::size_t n, std::size_t dim,
     for (std::size_t i = 0; i < n; ++i) {
         if (pos[i] == ~0u) continue;
         if (pos[i] >= dim) {
-            rc = -101;
+            rc = fem::error_data;
             continue;
         }
         order.emplace_back(pos[i], i);
@@ -290,7 +291,7 @@ int symmetric_hybrid_OOC<T>::add_packed(T alpha, const T* packed, std::size_t n,
         sorted_positions(pos, n, dimension(), order, rc);
         row.reserve(order.size());
     } catch (...) {
-        return -199;
+        return fem::error_memory;
     }
     std::size_t lo = 0;
     for (std::size_t a = 0; a < order.size(); ++a) {
@@ -351,7 +352,7 @@ int symmetric_hybrid_OOC<T>::add(T alpha, const orv::symmetric_sparse<T>& B, con
             }
         row.reserve(n);
     } catch (...) {
-        return -199;
+        return fem::error_memory;
     }
     for (std::size_t a = 0; a < order.size(); ++a) {
         const std::size_t p = order[a].first, i = order[a].second;

@@ -21,8 +21,8 @@ std::size_t vector_fast<T>::bucket_count_for(std::size_t n) noexcept {
 }
 
 template <class T>
-bool vector_fast<T>::__link(const T& key, std::uint32_t pos) noexcept {
-    std::size_t i = __bucket(key);
+bool vector_fast<T>::link_entry(const T& key, std::uint32_t pos) noexcept {
+    std::size_t i = bucket_of(key);
     slot* s = slots_.data();
     if (!(s[i].link & taken)) {
         s[i].key = key;
@@ -41,7 +41,7 @@ bool vector_fast<T>::__link(const T& key, std::uint32_t pos) noexcept {
 }
 
 template <class T>
-bool vector_fast<T>::__rebuild(std::size_t n) noexcept {
+bool vector_fast<T>::rebuild_table(std::size_t n) noexcept {
     const std::size_t buckets = bucket_count_for(n);
     dense1D<slot, 8> fresh;
     if (!fresh.reserve(buckets + list_.size()) || !fresh.resize(buckets, slot{T(), 0, 0})) return false;
@@ -50,7 +50,7 @@ bool vector_fast<T>::__rebuild(std::size_t n) noexcept {
     slots_ = fresh;
     buckets_ = buckets;
     for (std::size_t k = 0; k < list_.size(); ++k) {
-        if (!__link(list_[k], static_cast<std::uint32_t>(k))) {
+        if (!link_entry(list_[k], static_cast<std::uint32_t>(k))) {
             slots_ = old;
             buckets_ = old_buckets;
             return false;
@@ -66,13 +66,13 @@ std::pair<std::uint32_t, bool> vector_fast<T>::insert(const T& key) noexcept {
     const std::size_t n = list_.size();
     if (n >= npos) return {npos, false};
     if (buckets_ == 0) {
-        if (!__rebuild(start_buckets)) return {npos, false};
+        if (!rebuild_table(start_buckets)) return {npos, false};
     } else if (n + 1 > 2 * buckets_) {
-        if (!__rebuild(2 * n)) return {npos, false};
+        if (!rebuild_table(2 * n)) return {npos, false};
     }
     // Room first, so that a failure leaves list and table consistent.
     if (!list_.reserve(n + 1, 2) || !slots_.reserve(slots_.size() + 1, 2)) return {npos, false};
-    if (!__link(key, static_cast<std::uint32_t>(n))) return {npos, false};
+    if (!link_entry(key, static_cast<std::uint32_t>(n))) return {npos, false};
     list_.push_back(key);
     return {static_cast<std::uint32_t>(n), true};
 }
@@ -80,7 +80,7 @@ std::pair<std::uint32_t, bool> vector_fast<T>::insert(const T& key) noexcept {
 template <class T>
 std::uint32_t vector_fast<T>::find(const T& key) const noexcept {
     if (buckets_ == 0) return npos;
-    std::size_t i = __bucket(key);
+    std::size_t i = bucket_of(key);
     const slot* s = slots_.data();
     if (!(s[i].link & taken)) return npos;
     for (;;) {
@@ -105,7 +105,7 @@ bool vector_fast<T>::reserve(std::size_t n) noexcept {
     if (!list_.reserve(n)) return false;
     if (n + 1 > 2 * buckets_ || buckets_ == 0) {
         const std::size_t want = n / 2 + 1 > start_buckets ? n / 2 + 1 : start_buckets;
-        if (bucket_count_for(want) > buckets_ && !__rebuild(want)) return false;
+        if (bucket_count_for(want) > buckets_ && !rebuild_table(want)) return false;
     }
     return true;
 }

@@ -88,10 +88,10 @@ public:
 
 private:
     // Builds an empty table of bucket_count_for(n) buckets and inserts the list.
-    bool __rebuild(std::size_t n) noexcept;
+    bool rebuild_table(std::size_t n) noexcept;
     // Inserts a key known to be absent, at position pos, into the table.
-    bool __link(const T& key, std::uint32_t pos) noexcept;
-    std::size_t __bucket(const T& key) const noexcept { return static_cast<std::size_t>(key) % buckets_; }
+    bool link_entry(const T& key, std::uint32_t pos) noexcept;
+    std::size_t bucket_of(const T& key) const noexcept { return static_cast<std::size_t>(key) % buckets_; }
 
     list_type list_;
     dense1D<slot, 8> slots_;

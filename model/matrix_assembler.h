@@ -1,6 +1,7 @@
 // Matrix assemblers: what happens to an element's matrices on their way to a global target.
 #pragma once
 
+#include <orv/fem/error_type.h>
 #include <complex>
 #include <cstdint>
 #include <type_traits>
@@ -68,7 +69,7 @@ inline bool storage_empty(const symmetric_hybrid_OOC<double>& s) {
 }
 inline int storage_add(symmetric_hybrid_OOC<double>& s, std::size_t r, std::size_t c, double v) {
     // Outside the profile (-102) the value is left out; past the dimension is an error.
-    return s.add_val(r, c, v) == -101 ? -101 : 0;
+    return s.add_val(r, c, v) == fem::error_data ? fem::error_data : 0;
 }
 template <class T>
 inline bool storage_empty(const dense2D_OOC<T>& m) {
@@ -78,7 +79,7 @@ inline bool storage_empty(const dense2D_OOC<T>& m) {
 template <class T, class V>
 inline int storage_add(dense2D_OOC<T>& m, std::size_t r, std::size_t c, const V& v) {
     const int rc = m.add_val(r, c, T(v));
-    return rc == -101 ? 0 : rc;
+    return rc == fem::error_data ? 0 : rc;
 }
 // Whether a storage adds a whole element matrix itself (sorted by its own positions and
 // poured row by row), given the matrix position of each element row.
@@ -227,7 +228,7 @@ public:
         if (symmetric == Skew || !begin_add(factor, e, f)) return 0;
         if constexpr (has_element_add<storage_type>::value) {
             element_positions(e.matrix().dim());
-            return storage().add(f, e.matrix(), map_.data(), Skew) == -199 ? -199 : 0;
+            return storage().add(f, e.matrix(), map_.data(), Skew) == fem::error_memory ? fem::error_memory : 0;
         } else {
             return detail::for_each_sparse_entry(e, pairs_, map_, [&](std::uint32_t I, std::uint32_t J,
                                                                         std::size_t, std::size_t, double v) {
@@ -240,7 +241,7 @@ public:
         if (symmetric == Skew || !begin_add(factor, e, f)) return 0;
         if constexpr (has_element_add<storage_type>::value) {
             element_positions(e.matrix().dim());
-            return storage().add(f, e.matrix(), map_.data(), Skew) == -199 ? -199 : 0;
+            return storage().add(f, e.matrix(), map_.data(), Skew) == fem::error_memory ? fem::error_memory : 0;
         } else {
             return detail::for_each_sym_entry(e, pairs_, [&](std::uint32_t I, std::uint32_t J, std::size_t,
                                                               std::size_t, double v) {

@@ -1,4 +1,5 @@
 // Defaults of the model contract and the element assembly loops.
+#include <orv/fem/error_type.h>
 #include "model/numerical_model_base.h"
 
 #include <omp.h>
@@ -92,7 +93,7 @@ double numerical_model_base::evolution_value(double t) const {
     return context_->evolution_funcs()->val(evolution_func_ID_, t);
 }
 
-std::uint32_t numerical_model_base::__register(std::uint32_t nbr_elements) {
+std::uint32_t numerical_model_base::register_self(std::uint32_t nbr_elements) {
     if (!context_ || !context_->models()) return no_ID;
     return context_->models()->register_model(this, nbr_elements);
 }
@@ -137,21 +138,21 @@ void numerical_model_base::add_element_value(std::uint32_t, const assembly_param
 
 int numerical_model_base::get_element_basis(const dense2D<double>&, std::uint32_t,
                                             matrix_fixed<double, 3, 3>&) const {
-    return -102;
+    return fem::error_index;
 }
 int numerical_model_base::get_local_basis(const dense2D<double>&, std::uint32_t,
                                           matrix_fixed<double, 3, 3>&) const {
-    return -102;
+    return fem::error_index;
 }
 
 void numerical_model_base::set_transformer(const Ptr<ref_counted>& transformer) { transformer_ = transformer; }
 
 int numerical_model_base::set_hard_offsets(const dense2D<double>&, std::uint32_t, const dense2D<double>&, bool,
                                            const dense1D<unsigned int>&) {
-    return -101;
+    return fem::error_data;
 }
 int numerical_model_base::set_hard_offsets(const vector_fixed<double, 3>&, const dense1D<unsigned int>&) {
-    return -101;
+    return fem::error_data;
 }
 
 int numerical_model_base::get_DOFs(const DOFs_mgr&, std::uint32_t, unsigned, dense1D<unsigned int>&,
@@ -166,7 +167,7 @@ int numerical_model_base::get_DOFs(const DOFs_mgr& table, std::uint32_t element,
     const int rc = get_DOFs(table, element, matrix_code, list, filter);
     if (rc) return rc;
     for (std::size_t k = 0; k < list.size(); ++k)
-        if (set.insert(list[k]).first == DOF_index::npos) return -199;
+        if (set.insert(list[k]).first == DOF_index::npos) return fem::error_memory;
     return 0;
 }
 
@@ -176,7 +177,7 @@ int numerical_model_base::get_DOFs_graph(const DOFs_mgr& table, std::uint32_t el
     const std::uint32_t n = nbr_elements();
     std::uint32_t first = 0, end = n;
     if (element != all_elements) {
-        if (element >= n) return -102;
+        if (element >= n) return fem::error_index;
         first = element;
         end = element + 1;
     }
@@ -184,7 +185,7 @@ int numerical_model_base::get_DOFs_graph(const DOFs_mgr& table, std::uint32_t el
         const std::size_t before = ids.size();
         const int rc = get_DOFs(table, e, matrix_code, ids, filter);
         if (rc) return rc;
-        if (ids.size() > before && !offsets.push_back(static_cast<unsigned int>(ids.size()))) return -199;
+        if (ids.size() > before && !offsets.push_back(static_cast<unsigned int>(ids.size()))) return fem::error_memory;
     }
     return 0;
 }
@@ -223,7 +224,7 @@ int numerical_model_base::get_FEs_of_DOFs(const DOFs_mgr& table, std::uint32_t e
                                           std::vector<FE_ID_pair>& pairs) const {
     const std::size_t n = rows.size();
     pairs.clear();
-    if (!offsets.resize(n + 2)) return -199;
+    if (!offsets.resize(n + 2)) return fem::error_memory;
     offsets.fill(0);
     dense1D<unsigned int> scratch;
     // Counting pass: the count of row r goes to offsets[r + 2].
@@ -251,7 +252,7 @@ int element_columns(const numerical_model_base& m, std::uint32_t element, dense2
     first = 0;
     end = c.cols();
     if (element == numerical_model_base::all_elements) return 0;
-    if (element >= c.cols()) return -102;
+    if (element >= c.cols()) return fem::error_index;
     first = element;
     end = std::size_t(element) + 1;
     return 0;
@@ -267,7 +268,7 @@ int numerical_model_base::get_nodes(std::uint32_t element, vector_fast<unsigned 
         for (std::size_t i = 0; i < c.rows(); ++i) {
             const unsigned int node = c(i, e);
             if (node == 0xFFFFFFFFu) continue;
-            if (set.insert(node).first == DOF_index::npos) return -199;
+            if (set.insert(node).first == DOF_index::npos) return fem::error_memory;
         }
     return 0;
 }
@@ -279,13 +280,13 @@ int numerical_model_base::get_nodes_graph(std::uint32_t element, dense1D<unsigne
     if (const int rc = element_columns(*this, element, c, first, end)) return rc;
     if (element == all_elements &&
         (!ids.reserve(ids.size() + c.rows() * c.cols(), 2) || !offsets.reserve(offsets.size() + c.cols(), 2)))
-        return -199;
+        return fem::error_memory;
     for (std::size_t e = first; e < end; ++e) {
         for (std::size_t i = 0; i < c.rows(); ++i) {
             const unsigned int node = c(i, e);
-            if (node != 0xFFFFFFFFu && !ids.push_back(node)) return -199;
+            if (node != 0xFFFFFFFFu && !ids.push_back(node)) return fem::error_memory;
         }
-        if (!offsets.push_back(static_cast<unsigned int>(ids.size()))) return -199;
+        if (!offsets.push_back(static_cast<unsigned int>(ids.size()))) return fem::error_memory;
     }
     return 0;
 }
@@ -296,7 +297,7 @@ int numerical_model_base::get_internal_states_layout(internal_states_layout& lay
     layout.record_size = 0;
     layout.values.clear_hard();
     layout.offsets = dense1D<unsigned int>();
-    return layout.offsets.push_back(0) ? 0 : -199;
+    return layout.offsets.push_back(0) ? 0 : fem::error_memory;
 }
 
 int numerical_model_base::set_element_states(std::uint32_t, const dense1D<double>&) { return 0; }
@@ -326,10 +327,10 @@ int numerical_model_base::get_internal_states(Ptr<internal_states>& states) cons
     int rc = get_internal_states_layout(layout);
     if (rc) return rc;
     const std::size_t total = layout.offsets.size() ? layout.offsets.back() : 0;
-    if (layout.values.size() < total && !layout.values.resize(total, 0.0)) return -199;
+    if (layout.values.size() < total && !layout.values.resize(total, 0.0)) return fem::error_memory;
     if (!states) {
         states = new (std::nothrow) internal_states();
-        if (!states) return -199;
+        if (!states) return fem::error_memory;
     }
     dense1D<double> values;
     for (std::size_t e = 0; e < layout.nbr_rows(); ++e) {
@@ -340,7 +341,7 @@ int numerical_model_base::get_internal_states(Ptr<internal_states>& states) cons
         if (values.size() != row.size()) continue;
         for (std::size_t k = 0; k < row.size(); ++k) row[k] = values[k];
     }
-    return states->set(ID_, layout) ? 0 : -199;
+    return states->set(ID_, layout) ? 0 : fem::error_memory;
 }
 
 int numerical_model_base::compute_matrix(unsigned, element_workspace& workspace) {
@@ -359,26 +360,26 @@ int numerical_model_base::compute_projection(unsigned, unsigned, bool, element_w
 }
 
 int numerical_model_base::assemble_matrix(unsigned matrix_code, assembly_args& args) {
-    return __assemble(0, matrix_code, nullptr, 0, 0, args);
+    return assemble_kind(0, matrix_code, nullptr, 0, 0, args);
 }
 
 int numerical_model_base::assemble_load(const elementary_load& record, assembly_args& args) {
-    return __assemble(1, 0, &record, 0, 0, args);
+    return assemble_kind(1, 0, &record, 0, 0, args);
 }
 
 int numerical_model_base::assemble_projection(unsigned field, unsigned component, assembly_args& args) {
-    return __assemble(2, 9, nullptr, field, component, args);
+    return assemble_kind(2, 9, nullptr, field, component, args);
 }
 
 int numerical_model_base::get_output_shape(unsigned, unsigned& type, unsigned& rows, unsigned& cols) const {
     type = rows = cols = 0;
-    return -104;
+    return fem::error_element_type;
 }
 
 int numerical_model_base::get_stresses(std::uint32_t, const dense2D<double>&, const dense1D<double>&,
                                        const vector_fast<unsigned int>*, unsigned, dense2D<double>& out) const {
     out.clear();
-    return -101;
+    return fem::error_data;
 }
 
 // --- assembly loop -------------------------------------------------------------------
@@ -420,9 +421,9 @@ int add_element(const numerical_model_base& model, element_workspace& ws, assemb
 
 }  // namespace
 
-int numerical_model_base::__assemble(int kind, unsigned matrix_code, const elementary_load* record,
+int numerical_model_base::assemble_kind(int kind, unsigned matrix_code, const elementary_load* record,
                                      unsigned field, unsigned component, assembly_args& args) {
-    if (kind == 0 && !has_matrix(matrix_code) && matrix_code != 9) return 0;
+    if (kind == 0 && !has_matrix(matrix_code) && matrix_code != fem::matrix_nodal) return 0;
     if (kind == 1 && !accepts_load(*record)) return 0;
     const double f = evolution_value(args.params.time);
     const double scale = kind == 1 ? f * args.params.load_factor * args.factor : args.factor * f;

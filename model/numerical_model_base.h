@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <orv/fem/element_type.h>
+#include <orv/fem/matrix_code.h>
 
 #include "linalg/vector_fast.h"
 #include "model/assembly_params.h"
@@ -42,7 +43,7 @@ struct FE_ID_pair {
 // in element order, so that a sum does not depend on the number of threads.
 //
 // A derived class registers itself with its context's registry by calling
-// __register(nbr_elements) at the end of its constructor (and again whenever its
+// register_self(nbr_elements) at the end of its constructor (and again whenever its
 // element count changes).
 class numerical_model_base : public ref_counted {
 public:
@@ -172,14 +173,14 @@ public:
 
     // Registry side: enters this model with its element count (see the class comment).
     // Returns the ID, 0xFFFFFFFF when it could not be registered.
-    std::uint32_t __register(std::uint32_t nbr_elements);
+    std::uint32_t register_self(std::uint32_t nbr_elements);
     // Set by the registry only.
-    void __set_ID(std::uint32_t ID) { ID_ = ID; }
+    void assign_ID(std::uint32_t ID) { ID_ = ID; }
 
 protected:
     // The element loop shared by the three assembly slots. kind 0: compute_matrix,
     // 1: compute_load, 2: compute_projection.
-    int __assemble(int kind, unsigned matrix_code, const fem::elementary_load* record,
+    int assemble_kind(int kind, unsigned matrix_code, const fem::elementary_load* record,
                    unsigned field, unsigned component, assembly_args& args);
 
 private:

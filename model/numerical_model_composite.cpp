@@ -1,4 +1,5 @@
 // Composite model: forwards the model contract to its children, in the order of its list.
+#include <orv/fem/error_type.h>
 #include "model/numerical_model_composite.h"
 
 #include <new>
@@ -14,7 +15,7 @@ namespace orv {
 namespace core {
 
 numerical_model_composite::numerical_model_composite(context_type* ctx) : numerical_model_base(ctx) {
-    __register(1);
+    register_self(1);
 }
 
 numerical_model_composite::~numerical_model_composite() = default;
@@ -213,7 +214,7 @@ int numerical_model_composite::get_output_shape(unsigned output_code, unsigned& 
             cols = k;
             return 0;
         }
-        return t == type ? 0 : -104;
+        return t == type ? 0 : fem::error_element_type;
     });
 }
 

@@ -1,4 +1,5 @@
 // Registry of the numerical models of a context: IDs, free list and global element numbering.
+#include <orv/fem/error_type.h>
 #include "model/numerical_models_mgr.h"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ std::uint32_t numerical_models_mgr::register_model(numerical_model_base* model,
             while (FE_offsets_.size() < std::size_t(ID) + 1) FE_offsets_.push_back(FE_offsets_.back());
             FE_offsets_.push_back(FE_offsets_.back() + nbr_elements);
         }
-        model->__set_ID(ID);
+        model->assign_ID(ID);
         return ID;
     } catch (const std::bad_alloc&) {
         return no_ID;
@@ -67,15 +68,15 @@ int numerical_models_mgr::remove(std::uint32_t ID) {
     Ptr<numerical_model_base> dropped;  // released after the lock
     {
         std::lock_guard<std::mutex> guard(lock_);
-        if (ID >= models_.size() || !models_[ID]) return -101;
+        if (ID >= models_.size() || !models_[ID]) return fem::error_data;
         try {
             free_IDs_.push_back(ID);
         } catch (const std::bad_alloc&) {
-            return -199;
+            return fem::error_memory;
         }
         dropped = models_[ID];
         models_[ID].reset();
-        dropped->__set_ID(no_ID);  // detached: a later model may take the ID
+        dropped->assign_ID(no_ID);  // detached: a later model may take the ID
     }
     return 0;
 }

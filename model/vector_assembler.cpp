@@ -1,4 +1,5 @@
 // Vector assemblers that are not templates, and the table of Lagrange states.
+#include <orv/fem/error_type.h>
 #include "model/vector_assembler.h"
 
 #include <new>
@@ -18,7 +19,7 @@ int vector_assembler_Lagrange::add(double factor, const DOF_vector& v, std::uint
     if (all_zero) return 0;
     const int rc = add_plain(factor, v);
     if (rc) return rc;
-    if (states_ && !states_->add(NM_ID, factor * multiplier(), v)) return -199;
+    if (states_ && !states_->add(NM_ID, factor * multiplier(), v)) return fem::error_memory;
     return 0;
 }
 

@@ -98,7 +98,7 @@ public:
     /// Keeps the first min(size, n) elements; new ones are undefined or `value`.
     /// Shrinking keeps the capacity. Growth is exact (factor 1).
     bool resize(std::size_t n) noexcept {
-        if (n > size_ && !__ensure(n, 1)) return false;
+        if (n > size_ && !ensure_capacity(n, 1)) return false;
         size_ = n;
         return true;
     }
@@ -110,7 +110,7 @@ public:
     bool resize_major(std::size_t n, const T& value) noexcept;
     /// Guarantees room for n elements from the view's start; the size is unchanged.
     bool reserve(std::size_t n, std::size_t factor = 1) noexcept {
-        return n <= capacity() ? true : __ensure(n, factor);
+        return n <= capacity() ? true : ensure_capacity(n, factor);
     }
     /// Appends value (amortised growth, factor 2).
     bool push_back(const T& value) noexcept { return push_back_n(value, 1); }
@@ -192,7 +192,7 @@ protected:
     /// Makes the storage hold at least offset + n elements. When the storage is shared,
     /// all of its old content is carried over (other views may use any of it);
     /// otherwise only this view's elements.
-    bool __ensure(std::size_t n, std::size_t factor) noexcept;
+    bool ensure_capacity(std::size_t n, std::size_t factor) noexcept;
 
     /// The shared storage.
     Ptr<storage_type> storage_;
@@ -203,7 +203,7 @@ protected:
 };
 
 template <class T, int A>
-bool dense1D<T, A>::__ensure(std::size_t n, std::size_t factor) noexcept {
+bool dense1D<T, A>::ensure_capacity(std::size_t n, std::size_t factor) noexcept {
     if (n > std::numeric_limits<std::size_t>::max() - offset_) return false;
     const std::size_t needed = offset_ + n;
     if (storage_ && needed <= storage_->capacity()) return true;
@@ -224,7 +224,7 @@ bool dense1D<T, A>::resize(std::size_t n, const T& value) noexcept {
         return true;
     }
     const T v(value);  // value may live in the storage that is about to move
-    if (!__ensure(n, 1)) return false;
+    if (!ensure_capacity(n, 1)) return false;
     T* p = data();
     for (std::size_t i = size_; i < n; ++i) p[i] = v;
     size_ = n;
@@ -240,7 +240,7 @@ bool dense1D<T, A>::resize_major(std::size_t n, const T& value) noexcept {
         return true;
     }
     const T v(value);
-    if (n > capacity() && !__ensure(n, 2)) return false;
+    if (n > capacity() && !ensure_capacity(n, 2)) return false;
     T* p = data();
     for (std::size_t i = size_; i < n; ++i) p[i] = v;
     size_ = n;
@@ -252,7 +252,7 @@ bool dense1D<T, A>::push_back_n(const T& value, std::size_t n) noexcept {
     if (n == 0) return true;
     if (n > std::numeric_limits<std::size_t>::max() - size_) return false;
     const T v(value);
-    if (size_ + n > capacity() && !__ensure(size_ + n, 2)) return false;
+    if (size_ + n > capacity() && !ensure_capacity(size_ + n, 2)) return false;
     T* p = data();
     for (std::size_t i = size_; i < size_ + n; ++i) p[i] = v;
     size_ += n;

@@ -40,18 +40,18 @@ public:
     template <class P, typename std::enable_if<std::is_same<P, T*>::value, int>::type = 0>
     dense2D(std::size_t rows, std::size_t cols, std::size_t ld, P external) noexcept {
         std::size_t span;
-        if (!external || !__span(rows, cols, ld, span)) return;
+        if (!external || !span_of(rows, cols, ld, span)) return;
         if (span == 0) return;
         base_type::operator=(base_type(span, external));
-        if (base_type::size() == span) __set_shape(rows, cols, ld);
+        if (base_type::size() == span) set_shape(rows, cols, ld);
     }
     /// A matrix on shared storage, starting at the first element of `storage`. A
     /// shape that does not fit in the view leaves an empty matrix.
     dense2D(std::size_t rows, std::size_t cols, std::size_t ld, const base_type& storage) noexcept {
         std::size_t span;
-        if (!__span(rows, cols, ld, span) || span > storage.size()) return;
+        if (!span_of(rows, cols, ld, span) || span > storage.size()) return;
         base_type::operator=(storage.sub_vector(0, span));
-        __set_shape(rows, cols, ld);
+        set_shape(rows, cols, ld);
     }
     /// Shares the other matrix's storage and shape.
     dense2D(const dense2D&) noexcept = default;
@@ -106,22 +106,22 @@ public:
     bool resize(std::size_t rows, std::size_t cols) noexcept {
         if (rows == rows_ && cols == cols_) return true;
         std::size_t n;
-        if (!__product(rows, cols, n) || !base_type::resize(n)) return false;
-        __set_shape(rows, cols, rows);
+        if (!checked_product(rows, cols, n) || !base_type::resize(n)) return false;
+        set_shape(rows, cols, rows);
         return true;
     }
     /// The same, new elements set to value.
     bool resize(std::size_t rows, std::size_t cols, const T& value) noexcept {
         if (rows == rows_ && cols == cols_) return true;
         std::size_t n;
-        if (!__product(rows, cols, n) || !base_type::resize(n, value)) return false;
-        __set_shape(rows, cols, rows);
+        if (!checked_product(rows, cols, n) || !base_type::resize(n, value)) return false;
+        set_shape(rows, cols, rows);
         return true;
     }
     /// Room for a compact rows x cols matrix; the shape is unchanged.
     bool reserve(std::size_t rows, std::size_t cols, std::size_t factor = 1) noexcept {
         std::size_t n;
-        return __product(rows, cols, n) && base_type::reserve(n, factor);
+        return checked_product(rows, cols, n) && base_type::reserve(n, factor);
     }
 
     /// View on rows [row0, row0 + rows) and columns [col0, col0 + cols), with this
@@ -131,7 +131,7 @@ public:
         dense2D m;
         std::size_t span = (rows == 0 || cols == 0) ? 0 : (cols - 1) * ld_ + rows;
         m.base_type::operator=(base_type::sub_vector(span ? col0 * ld_ + row0 : 0, span));
-        m.__set_shape(rows, cols, ld_);
+        m.set_shape(rows, cols, ld_);
         return m;
     }
     /// Column j as a vector view.
@@ -171,23 +171,23 @@ public:
     }
 
 private:
-    static bool __product(std::size_t a, std::size_t b, std::size_t& n) noexcept {
+    static bool checked_product(std::size_t a, std::size_t b, std::size_t& n) noexcept {
         if (b != 0 && a > std::numeric_limits<std::size_t>::max() / b) return false;
         n = a * b;
         return true;
     }
-    static bool __span(std::size_t rows, std::size_t cols, std::size_t ld, std::size_t& span) noexcept {
+    static bool span_of(std::size_t rows, std::size_t cols, std::size_t ld, std::size_t& span) noexcept {
         if (ld < rows) return false;
         if (rows == 0 || cols == 0) {
             span = 0;
             return true;
         }
         std::size_t n;
-        if (!__product(cols - 1, ld, n) || n > std::numeric_limits<std::size_t>::max() - rows) return false;
+        if (!checked_product(cols - 1, ld, n) || n > std::numeric_limits<std::size_t>::max() - rows) return false;
         span = n + rows;
         return true;
     }
-    void __set_shape(std::size_t rows, std::size_t cols, std::size_t ld) noexcept {
+    void set_shape(std::size_t rows, std::size_t cols, std::size_t ld) noexcept {
         rows_ = rows;
         cols_ = cols;
         ld_ = ld;

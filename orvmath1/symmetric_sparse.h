@@ -72,11 +72,13 @@ public:
     const T* find(std::size_t i, std::size_t j) const noexcept {
         return const_cast<symmetric_sparse*>(this)->find(i, j);
     }
+    /// Code of get() for an index past the dimension (the library's data error).
+    static constexpr int index_out_of_range = -101;
     /// 0 with the entry, 0 with 0.0 outside the pattern, -101 (and 0.0) when an index
     /// is at or beyond the dimension.
     int get(std::size_t i, std::size_t j, T& value) const noexcept {
         value = T();
-        if (i >= dim() || j >= dim()) return -101;
+        if (i >= dim() || j >= dim()) return index_out_of_range;
         if (const T* p = find(i, j)) value = *p;
         return 0;
     }

@@ -49,7 +49,7 @@ public:
     /// Not assignable.
     vector_num& operator=(const vector_num&) = delete;
     /// Destroys and frees an owned block.
-    ~vector_num() override { __release(); }
+    ~vector_num() override { release_storage(); }
 
     /// The first element, null without storage.
     T* data() const noexcept { return first_; }
@@ -74,7 +74,7 @@ public:
     bool __grow(std::size_t needed, std::size_t used, std::size_t factor) noexcept;
 
 private:
-    void __release() noexcept;
+    void release_storage() noexcept;
 
     T* first_ = nullptr;
     std::size_t capacity_ = 0;
@@ -121,7 +121,7 @@ bool vector_num<T, A>::__grow(std::size_t needed, std::size_t used, std::size_t 
         return false;
     }
 
-    __release();
+    release_storage();
     first_ = fresh;
     capacity_ = cap;
     shift_ = static_cast<std::uint8_t>(aligned - p);
@@ -130,7 +130,7 @@ bool vector_num<T, A>::__grow(std::size_t needed, std::size_t used, std::size_t 
 }
 
 template <class T, int A>
-void vector_num<T, A>::__release() noexcept {
+void vector_num<T, A>::release_storage() noexcept {
     if (first_ && !external_) {
         if (!std::is_trivially_destructible<T>::value) {
             for (std::size_t i = 0; i < capacity_; ++i) first_[i].~T();

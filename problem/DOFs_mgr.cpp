@@ -1,4 +1,5 @@
 // Table of the degrees of freedom, engine and public handle.
+#include <orv/fem/error_type.h>
 #include "problem/DOFs_mgr.h"
 
 #include <orv/fem/DOFs_mgr.h>
@@ -10,7 +11,7 @@ namespace core {
 
 namespace {
 constexpr std::uint64_t bad_ID = 0xFFFFFFFFu;
-constexpr int index_error = -101;
+constexpr int index_error = fem::error_data;
 
 // First position of a field in a node's block; -1 for a tag outside the three fields.
 int field_offset(fem::field_tag tag) {

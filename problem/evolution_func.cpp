@@ -8,7 +8,7 @@
 namespace orv {
 namespace core {
 
-namespace internal {
+namespace detail {
 
 void locate(const double* abscissas, std::size_t n, double t, std::size_t& k, double& w) {
     // First position p with abscissas[p] >= t, by bisection.
@@ -24,7 +24,7 @@ void locate(const double* abscissas, std::size_t n, double t, std::size_t& k, do
     }
 }
 
-}  // namespace internal
+}  // namespace detail
 
 double evolution_func_constant::val(double) const { return c_; }
 
@@ -57,7 +57,7 @@ double evolution_func_discret::val(double t) const {
     if (times_.empty() || values_.empty()) return 0.0;
     std::size_t k;
     double w;
-    internal::locate(times_.data(), times_.size(), t, k, w);
+    detail::locate(times_.data(), times_.size(), t, k, w);
     // Fewer values than times: the last value holds past the end of the values.
     if (k >= values_.size()) return values_.back();
     if (k + 1 < values_.size()) return values_[k] + (values_[k + 1] - values_[k]) * w;

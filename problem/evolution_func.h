@@ -112,7 +112,7 @@ private:
     std::vector<Ptr<evolution_func_base>> factors_;
 };
 
-namespace internal {
+namespace detail {
 
 // Locates t in an ascending list of n abscissas: k is the start of the segment
 // that serves t and w its relative position on it. Below the list w is negative
@@ -120,7 +120,7 @@ namespace internal {
 // A segment of zero length gives w = 0. n must be at least 1.
 void locate(const double* abscissas, std::size_t n, double t, std::size_t& k, double& w);
 
-}  // namespace internal
+}  // namespace detail
 
 }  // namespace core
 }  // namespace orv

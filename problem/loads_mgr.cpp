@@ -1,5 +1,6 @@
 // Loads of one load case: records, combinations, assembly, prescribed values; engine
 // and public handle.
+#include <orv/fem/error_type.h>
 #include "problem/loads_mgr.h"
 
 #include <algorithm>
@@ -23,8 +24,8 @@ namespace core {
 namespace {
 
 constexpr int ok = 0;
-constexpr int error_data = -101;
-constexpr int error_memory = -199;
+constexpr int error_data = fem::error_data;
+constexpr int error_memory = fem::error_memory;
 
 // Number of values a load carries, bounded by what it has.
 std::size_t significant(const elementary_load& load) {
@@ -341,7 +342,7 @@ int loads_mgr::assemble_entry(assembly_args& args, std::uint32_t NM_ID, std::uin
         } catch (const std::bad_alloc&) {
             rc = error_memory;
         } catch (...) {
-            rc = -200;
+            rc = fem::error_internal;
         }
         args.factor = factor;
         if (rc) return rc;

@@ -48,7 +48,7 @@ double oneD_table::operator()(double x) const {
     if (x_.empty() || y_.empty()) return 0.0;
     std::size_t k;
     double w;
-    core::internal::locate(x_.data(), x_.size(), x, k, w);
+    core::detail::locate(x_.data(), x_.size(), x, k, w);
     if (k >= y_.size()) return y_[y_.size() - 1];
     const double y0 = y_[k];
     const double y1 = k + 1 < y_.size() ? y_[k + 1] : y0;

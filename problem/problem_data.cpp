@@ -1,4 +1,5 @@
 // Description of one problem: positions, DOF table, model, load and stress cases.
+#include <orv/fem/error_type.h>
 #include "problem/problem_data.h"
 
 #include <new>
@@ -19,7 +20,7 @@ problem_data::problem_data(context_type* ctx) : context_(ctx), DOFs_(new DOFs_mg
 
 problem_data::~problem_data() = default;
 
-void problem_data::__reset() {
+void problem_data::reset_all() {
     NM_ID_ = no_ID;
     pos_ = dense2D<double>();
     // The table that was held stays the caller's: the problem lets go of it.
@@ -28,12 +29,12 @@ void problem_data::__reset() {
     stresses_.clear();
 }
 
-int problem_data::__take_pos(dense2D<double>& pos) {
+int problem_data::take_pos(dense2D<double>& pos) {
     const std::size_t cols = pos.cols();
     if (DOFs_ && cols > DOFs_->nbr_nodes()) DOFs_->resize(static_cast<std::uint32_t>(cols), false);
     if (pos.rows() != 3) {
         dense2D<double> p(3, cols, 0.0);
-        if (p.rows() != 3 && cols != 0) return -199;
+        if (p.rows() != 3 && cols != 0) return fem::error_memory;
         for (std::size_t j = 0; j < cols; ++j)
             for (std::size_t i = 0; i < 3 && i < pos.rows(); ++i) p(i, j) = pos(i, j);
         pos = p;
@@ -43,14 +44,14 @@ int problem_data::__take_pos(dense2D<double>& pos) {
 }
 
 int problem_data::init(dense2D<double>& pos, DOFs_mgr* DOFs, std::uint32_t NM_ID, std::size_t nbr_load_cases) {
-    __reset();
+    reset_all();
     if (!context_) return 0;
     try {
         NM_ID_ = NM_ID;
         if (DOFs) DOFs_ = DOFs;
-        int rc = __take_pos(pos);
+        int rc = take_pos(pos);
         if (rc) {
-            __reset();
+            reset_all();
             return rc;
         }
         loads_.reserve(nbr_load_cases);
@@ -61,8 +62,8 @@ int problem_data::init(dense2D<double>& pos, DOFs_mgr* DOFs, std::uint32_t NM_ID
         }
         return 0;
     } catch (const std::bad_alloc&) {
-        __reset();
-        return -199;
+        reset_all();
+        return fem::error_memory;
     }
 }
 
@@ -72,12 +73,12 @@ int problem_data::combine(const problem_data& src, const dense2D<double>& load_c
     const bool loads_empty = load_coeffs.rows() * load_coeffs.cols() == 0;
     const bool stress_empty = stress_coeffs.rows() * stress_coeffs.cols() == 0;
     if ((!loads_empty && load_coeffs.rows() != n_src) || (!stress_empty && stress_coeffs.rows() != n_src))
-        return -101;
-    __reset();
+        return fem::error_data;
+    reset_all();
     context_ = src.context_;
     NM_ID_ = src.NM_ID_;
     DOFs_ = src.DOFs_;
-    if (!pos_.copy(src.pos_)) return -199;
+    if (!pos_.copy(src.pos_)) return fem::error_memory;
     if (loads_empty) return 0;
     try {
         const std::size_t n = load_coeffs.cols();
@@ -100,15 +101,15 @@ int problem_data::combine(const problem_data& src, const dense2D<double>& load_c
         }
         return 0;
     } catch (const std::bad_alloc&) {
-        return -199;
+        return fem::error_memory;
     }
 }
 
 int problem_data::set_pos(dense2D<double>& pos) {
     try {
-        return __take_pos(pos);
+        return take_pos(pos);
     } catch (const std::bad_alloc&) {
-        return -199;
+        return fem::error_memory;
     }
 }
 

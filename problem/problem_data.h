@@ -73,9 +73,9 @@ public:
     std::mutex& lock() { return lock_; }
 
 private:
-    void __reset();
+    void reset_all();
     // Brings the caller's pos to 3 rows, grows the table, and shares pos.
-    int __take_pos(dense2D<double>& pos);
+    int take_pos(dense2D<double>& pos);
 
     Ptr<context_type> context_;
     dense2D<double> pos_;

@@ -1,4 +1,5 @@
 // Stress data of a load case: per-model managers and their combination.
+#include <orv/fem/error_type.h>
 #include "problem/stress_mgr.h"
 
 #include <new>
@@ -44,7 +45,7 @@ int stress_super_mgr::add(const stress_super_mgr& other, double coefficient) {
         const stress_mgr* src = other.per_model_[i].get();
         if (!src) continue;
         stress_mgr* dst = get_or_create(static_cast<std::uint32_t>(i));
-        if (!dst) return -199;
+        if (!dst) return fem::error_memory;
         const int rc = dst->add(*src, coefficient);
         if (rc) return rc;
     }

@@ -188,8 +188,8 @@ double twoD_table::operator()(double x, double y) const {
     if (empty()) return 0.0;
     std::size_t i, j;
     double wx, wy;
-    core::internal::locate(x_.data(), x_.size(), x, i, wx);
-    core::internal::locate(y_.data(), y_.size(), y, j, wy);
+    core::detail::locate(x_.data(), x_.size(), x, i, wx);
+    core::detail::locate(y_.data(), y_.size(), y, j, wy);
     const bool next_i = i + 1 < z_.rows();
     const bool next_j = j + 1 < z_.cols();
     const double z00 = z_(i, j);

@@ -88,11 +88,11 @@ TEST(bad_elements, inverted_flat_and_non_finite_elements) {
         dense2D<double> pos;
         ASSERT_TRUE(pos.copy(mesh.pos));
         pos(2, 5) = v;
-        EXPECT_EQ(compute_element(*model.engine(), pos, 0).rc, -105);
+        EXPECT_EQ(compute_element(*model.engine(), pos, 0).rc, orv::fem::error_connectivity);
         EXPECT_EQ(compute_element(*model.engine(), pos, 2).rc, 0);  // does not touch node 5
         matrix_fixed<double, 3, 3> R;
-        EXPECT_EQ(model.get_local_basis(pos, 0, R), -105);
-        EXPECT_EQ(model.get_element_basis(pos, 0, R), -105);  // node 5 is among its first three
+        EXPECT_EQ(model.get_local_basis(pos, 0, R), orv::fem::error_connectivity);
+        EXPECT_EQ(model.get_element_basis(pos, 0, R), orv::fem::error_connectivity);  // node 5 is among its first three
     }
     fem::numerical_model_stiff_lin empty;
     dense1D<unsigned int> list;

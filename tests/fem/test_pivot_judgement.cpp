@@ -53,10 +53,10 @@ TEST(PivotJudgement, SignsAndRatiosUnderEachPolicy) {
         {{1.0, 1e-12}, none, positive, 0, 0, 0, none},        // ratio exactly 1e-12 passes
         {{1.0, 1e-12}, none, definite, 0, 0, -11, 1},         // strict on magnitudes
         {{1.0, 0.5e-12}, none, positive, 0, 0, -11, 1},
-        {{1.0, 0.0, 3.0}, 1, positive, -107, -107, 0, 1},     // bad sign: error at the rejected row
+        {{1.0, 0.0, 3.0}, 1, positive, orv::fem::error_pivot, orv::fem::error_pivot, 0, 1},     // bad sign: error at the rejected row
         {{1.0, -2.0, 3.0}, 1, forcing, 0, 0, -11, 1},         // replaced: only a warning
         {{-1.0, -3.0}, none, definite, 0, 0, 0, none},        // all negative: definite passes
-        {{2.0, 5.0}, none, positive, -199, -199, 0, none},    // the factorisation's own code
+        {{2.0, 5.0}, none, positive, orv::fem::error_memory, orv::fem::error_memory, 0, none},    // the factorisation's own code
     };
     for (const row& r : rows) {
         const range g(r.pivots, r.rejected);
@@ -70,24 +70,24 @@ TEST(PivotJudgement, SignsAndRatiosUnderEachPolicy) {
 TEST(PivotJudgement, NonFiniteRangesNeverShowStartValues) {
     // INF first: the lowest end is never set and takes the other end.
     const range inf_only({INF}, 0);
-    pivot_verdict v = judge_pivot_range(inf_only, -107, 1, policy(false, false, true));
-    EXPECT_EQ(v.error, -107);
+    pivot_verdict v = judge_pivot_range(inf_only, orv::fem::error_pivot, 1, policy(false, false, true));
+    EXPECT_EQ(v.error, orv::fem::error_pivot);
     EXPECT_EQ(v.pivot_min, INF);
     EXPECT_EQ(v.pivot_max, INF);
     EXPECT_EQ(v.position, 0u);
     // A NaN after finite pivots: the row of the largest pivot for the run, the rejected
     // row for the outcome layer.
     const range late_nan({3.0, 7.0, NaN}, 2);
-    v = judge_pivot_range(late_nan, -107, 3, policy(false, true, true));
-    EXPECT_EQ(v.error, -107);
+    v = judge_pivot_range(late_nan, orv::fem::error_pivot, 3, policy(false, true, true));
+    EXPECT_EQ(v.error, orv::fem::error_pivot);
     EXPECT_EQ(v.position, 1u);
     EXPECT_TRUE(std::isnan(v.pivot_min));
     EXPECT_EQ(v.pivot_max, 7.0);
-    v = judge_pivot_range(late_nan, -107, 3, policy(false, false, false));
+    v = judge_pivot_range(late_nan, orv::fem::error_pivot, 3, policy(false, false, false));
     EXPECT_EQ(v.position, 2u);
     // A NaN alone: both ends NaN, the rejected row.
     const range nan_only({NaN}, 0);
-    v = judge_pivot_range(nan_only, -107, 1, policy(true, true, true));
+    v = judge_pivot_range(nan_only, orv::fem::error_pivot, 1, policy(true, true, true));
     EXPECT_TRUE(std::isnan(v.pivot_min) && std::isnan(v.pivot_max));
     EXPECT_EQ(v.position, 0u);
     // Nothing to factor: 0 and 0.
@@ -111,8 +111,8 @@ TEST(ParallelFirstError, FirstErrorWinsAndExceptionsBecomeCodes) {
                       if (i == 0) throw std::bad_alloc();
                       return 0;
                   }),
-                  -199);
-        EXPECT_EQ(parallel_first_error(1, threads, [](std::size_t) -> int { throw std::runtime_error("x"); }), -200);
+                  orv::fem::error_memory);
+        EXPECT_EQ(parallel_first_error(1, threads, [](std::size_t) -> int { throw std::runtime_error("x"); }), orv::fem::error_internal);
     }
     first_error e;
     EXPECT_FALSE(e.set(0));

@@ -77,10 +77,10 @@ TEST_F(FrameRun, LogLinesOfACleanRunByteForByte) {
 
 TEST(RunFrame, BannerRowOfALongerTitle) {
     char row[64];
-    orv::core::internal::format_banner_row(row, "ORV FEM(R) - STATIC LINEAR");
+    orv::core::detail::format_banner_row(row, "ORV FEM(R) - STATIC LINEAR");
     EXPECT_STREQ(row, "*        ORV FEM(R) - STATIC LINEAR (5.5.0.0)         *");
     // A title too long for the row is cut, and the row stays closed by a star.
-    orv::core::internal::format_banner_row(row, std::string(80, 'T').c_str());
+    orv::core::detail::format_banner_row(row, std::string(80, 'T').c_str());
     EXPECT_EQ(std::string(row).size(), 61u);
     EXPECT_EQ(row[60], '*');
 }

@@ -29,7 +29,7 @@ public:
                  std::vector<double> k, bool penalty = false)
         : core::numerical_model_base(ctx), a_(std::move(a)), b_(std::move(b)), k_(std::move(k)),
           penalty_(penalty) {
-        __register(static_cast<std::uint32_t>(k_.size()));
+        register_self(static_cast<std::uint32_t>(k_.size()));
     }
 
     std::vector<unsigned> failing;

@@ -225,7 +225,7 @@ namespace {
 class shaped_model : public core::numerical_model_base {
 public:
     shaped_model(core::context_type* ctx, unsigned type, unsigned rows) : core::numerical_model_base(ctx), t(type), r(rows) {
-        __register(1);
+        register_self(1);
     }
     int get_output_shape(unsigned, unsigned& type, unsigned& rows, unsigned& cols) const override {
         type = t;
@@ -286,11 +286,11 @@ TEST(NumericalModelsMgr, RegisteringAgainResizesTheRangeInPlace) {
     fem::numerical_model_base m0 = make_chain(ctx, 2);
     fem::numerical_model_base m1 = make_chain(ctx, 3);
     // A mesh model registers again when its connectivity changes.
-    EXPECT_EQ(m0.engine()->__register(5), 0u);
+    EXPECT_EQ(m0.engine()->register_self(5), 0u);
     EXPECT_EQ(mgr.size(), 2u);
     EXPECT_EQ(mgr.global_FE_ID_range(0), pair_u(0, 5));
     EXPECT_EQ(mgr.global_FE_ID_range(1), pair_u(5, 8));
-    EXPECT_EQ(m1.engine()->__register(0), 1u);
+    EXPECT_EQ(m1.engine()->register_self(0), 1u);
     EXPECT_EQ(mgr.global_FE_ID_range(1), pair_u(5, 5));
     EXPECT_EQ(mgr.local_FE_ID(5), pair_u(0xFFFFFFFFu, 0xFFFFFFFFu));
 }

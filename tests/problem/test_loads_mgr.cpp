@@ -42,7 +42,7 @@ elementary_load force(double fx, double fy, double fz) {
 class plain_model : public orv::core::numerical_model_base {
 public:
     plain_model(orv::core::context_type* ctx, std::uint32_t n) : numerical_model_base(ctx), n_(n) {
-        __register(n);
+        register_self(n);
     }
     std::uint32_t nbr_elements() const override { return n_; }
 
@@ -58,7 +58,7 @@ public:
     load_model(orv::core::context_type* ctx, std::uint32_t n, std::uint32_t first_node,
                std::uint32_t fail = none)
         : numerical_model_base(ctx), n_(n), first_node_(first_node), fail_(fail) {
-        __register(n);
+        register_self(n);
     }
     std::uint32_t nbr_elements() const override { return n_; }
     bool accepts_load(const elementary_load& r) const override {

@@ -5,6 +5,7 @@
 #include <orv/fem/base_class.h>
 #include <orv/fem/element_type.h>
 #include <orv/fem/error_type.h>
+#include <orv/fem/matrix_code.h>
 #include <orv/fem/physics_model_base.h>
 
 #include <orvmath1/dense1D.h>
@@ -18,18 +19,6 @@ class numerical_model_base;
 }
 namespace fem {
 
-/// Which matrix an assembly asks a model for.
-enum matrix_code_type : unsigned {
-    matrix_K = 1,           ///< stiffness
-    matrix_M = 2,           ///< mass
-    matrix_C = 3,           ///< damping
-    matrix_gyroscopic = 4,  ///< gyroscopic
-    matrix_conduction = 5,  ///< heat conduction
-    matrix_capacity = 6,    ///< heat capacity
-    matrix_penalty = 7,     ///< penalty stiffness of links, rigid bodies and penalised models
-    matrix_penalty_2 = 8,   ///< second penalty pass
-    matrix_nodal = 9        // nodal matrix of the least-squares run
-};
 
 /// A model lives in the registry of the context it was created on; its ID names it
 /// there (numerical_models_mgr, problem_data, composites and load records use the ID).
