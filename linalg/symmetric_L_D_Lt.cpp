@@ -33,12 +33,20 @@ struct pending_piece {
 };
 const std::size_t max_pending = 4;
 
-// Work arrays of one thread of a nested region: a tile of U and the products that
-// wait for the lock.
+// Updates of a unit that must wait for the units before it in its group: the
+// target addresses and the values to subtract there.
+struct deferred_updates {
+    std::vector<double*> at;
+    std::vector<double> value;
+};
+
+// Work arrays of one thread of a nested region: a tile of U, the products that wait
+// for the lock, and the updates that wait for the unit's turn.
 struct inner_work {
     std::vector<double> tileU;
     std::vector<pending_piece> pending;
     std::size_t n_pending = 0;
+    deferred_updates deferred;
 };
 
 // A piece of a column of a unit of work: `len` values at `data`, for the rows
@@ -77,6 +85,62 @@ struct factor_state {
     omp_lock_t lock;  // updates into later blocks and the error word
     int error = 0;
     double flops = 0;
+
+    // Units factored side by side may add into the same entries of a later block.
+    // So that the sums do not depend on the threads' timing, the units of a group
+    // add their updates in the order of their rank in the group: a unit adds at once
+    // while all the units before it are done, and otherwise keeps its updates until
+    // its turn comes. All of this is under the lock.
+    bool ordered = false;
+    std::size_t turn = 0;
+    std::vector<char> done;
+    std::vector<std::vector<deferred_updates>> waiting;
+
+    bool in_turn(std::size_t rank) const { return !ordered || rank == turn; }
+    static void apply(deferred_updates& d) {
+        double* const* at = d.at.data();
+        const double* v = d.value.data();
+        for (std::size_t k = 0, n = d.at.size(); k < n; ++k) *at[k] -= v[k];
+        d.at.clear();
+        d.value.clear();
+    }
+    void begin_group(std::size_t n_units) {
+        ordered = n_units > 1;
+        turn = 0;
+        done.assign(n_units, 0);
+        waiting.resize(n_units);
+    }
+    // A unit has computed all its updates: they are added now if its turn has come,
+    // and so are the kept ones of the finished units behind it; else they are kept.
+    void unit_done(std::size_t rank, std::vector<inner_work>& inner) {
+        omp_set_lock(&lock);
+        if (in_turn(rank)) {
+            for (inner_work& iw : inner) apply(iw.deferred);
+            if (ordered) {
+                ++turn;
+                for (; turn < done.size() && done[turn]; ++turn)
+                    for (deferred_updates& d : waiting[turn]) apply(d);
+            }
+        } else {
+            for (inner_work& iw : inner)
+                if (!iw.deferred.at.empty()) {
+                    waiting[rank].emplace_back();
+                    std::swap(waiting[rank].back(), iw.deferred);
+                }
+            done[rank] = 1;
+        }
+        omp_unset_lock(&lock);
+    }
+    // After the group's barrier: what is still kept (units that finished while an
+    // earlier one was running) goes in rank order.
+    void end_group() {
+        for (std::size_t r = 0; r < waiting.size(); ++r) {
+            if (!error)
+                for (deferred_updates& d : waiting[r]) apply(d);
+            waiting[r].clear();
+        }
+        ordered = false;
+    }
 
     bool check_pivot(double& d, std::size_t pos) {
         if (!serialize_checks) return (*check)(d, pos);
@@ -160,7 +224,8 @@ int factor_own(factor_state& st, block_work_arrays& ws, std::size_t n, std::size
 // columns of the unit are the own columns of its blocks and the extra segments of
 // its blocks that fall inside it; its extra columns are the union of the extra
 // segments beyond it. inner = threads for the nested regions of this unit.
-int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_arrays& ws, int inner) {
+int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_arrays& ws, int inner,
+               std::size_t rank) {
     symmetric_hybrid_OOC<double>& A = *st.A;
     const std::size_t f = A.block(b0).first(), l = A.block(b1 - 1).last();
     const std::size_t n = l - f;
@@ -411,7 +476,8 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
         // The entry of a pair goes to the segment of the later of the two columns, at
         // the row of the earlier one. Walking both lists in column order makes the
         // additions run down the target segments.
-        auto scatter = [&](const pending_piece& pp) {
+        // `sink(address, value)` subtracts the value there, now or later.
+        auto scatter = [&](const pending_piece& pp, auto&& sink) {
             const double* S = pp.S.data();
             const std::size_t wa = pp.pa1 - pp.pa0, pa0 = pp.pa0, pb0 = pp.pb0;
             for (std::size_t bb : pp.bl) {  // column of bb after the row's
@@ -422,7 +488,7 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
                     const std::size_t ca = scol[a];
                     if (ca >= cb) break;
                     double* const t = base_b[srun[a]];
-                    if (a < bb && t) t[ca] -= Sc[a];
+                    if (a < bb && t) sink(t + ca, Sc[a]);
                 }
             }
             for (std::size_t a : pp.al) {  // column of a after the row's
@@ -433,12 +499,12 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
                     const std::size_t cb = scol[bb];
                     if (cb >= ca) break;
                     double* const t = base_a[srun[bb]];
-                    if (a < bb && t) t[cb] -= Sr[bb * wa];
+                    if (a < bb && t) sink(t + cb, Sr[bb * wa]);
                 }
             }
             for (std::size_t bb = std::max(pa0, pb0); bb < std::min(pp.pa1, pp.pb1); ++bb) {
                 block_type& q = A.block(ws.run_block[srun[bb]]);
-                q.diag()[scol[bb] - q.first()] -= S[(bb - pa0) + (bb - pb0) * wa];
+                sink(q.diag() + (scol[bb] - q.first()), S[(bb - pa0) + (bb - pb0) * wa]);
             }
         };
         // Products wait in a few buffers while another thread holds the lock.
@@ -448,8 +514,17 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
                 omp_set_lock(&st.lock);
             else if (!omp_test_lock(&st.lock))
                 return;
-            for (std::size_t k = 0; k < iw.n_pending; ++k) scatter(iw.pending[k]);
+            const bool now = st.in_turn(rank);
+            if (now)
+                for (std::size_t k = 0; k < iw.n_pending; ++k)
+                    scatter(iw.pending[k], [](double* p, double v) { *p -= v; });
             omp_unset_lock(&st.lock);
+            if (!now)
+                for (std::size_t k = 0; k < iw.n_pending; ++k)
+                    scatter(iw.pending[k], [&](double* p, double v) {
+                        iw.deferred.at.push_back(p);
+                        iw.deferred.value.push_back(v);
+                    });
             iw.n_pending = 0;
         };
         auto piece = [&](std::size_t pa0, std::size_t pa1, std::size_t pb0, std::size_t pb1) {
@@ -557,7 +632,7 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                 if (rc) break;
                 form_units(*this, b, w1, units);
                 for (std::size_t u = 0; !rc && u + 1 < units.size(); ++u)
-                    rc = block_work(st, units[u], units[u + 1], ws, 1);
+                    rc = block_work(st, units[u], units[u + 1], ws, 1, 0);
                 b = w1;
             }
         } else {
@@ -624,19 +699,23 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                         }
                         const int t = int(std::min<std::size_t>(std::size_t(T), g1 - g0));
                         const int inner = T / t;
+                        st.begin_group(g1 - g0);
 #pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
                         for (std::ptrdiff_t gi = std::ptrdiff_t(g0); gi < std::ptrdiff_t(g1); ++gi) {
                             if (st.error) continue;
                             const std::size_t u = lv[std::size_t(gi)];
+                            const std::size_t rank = std::size_t(gi) - g0;
+                            block_work_arrays& w = ws[std::size_t(omp_get_thread_num())];
                             int r;
                             try {
-                                r = block_work(st, units[u], units[u + 1], ws[std::size_t(omp_get_thread_num())],
-                                               inner);
+                                r = block_work(st, units[u], units[u + 1], w, inner, rank);
+                                st.unit_done(rank, w.inner);
                             } catch (const std::bad_alloc&) {
                                 r = -199;
                             }
                             if (r) st.set_error(r);
                         }
+                        st.end_group();
                         g0 = g1;
                     }
                     if (st.error) break;
