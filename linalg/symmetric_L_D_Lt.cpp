@@ -737,16 +737,38 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
 
 // ---- solves ---------------------------------------------------------------------
 
+namespace {
+
+// Levels of the block tree: a block is one level above the highest of its children,
+// leaves are level 0. by_level lists the blocks of each level in ascending order.
+void tree_levels(const symmetric_hybrid_OOC<double>& A, std::vector<std::uint64_t>& level,
+                 std::vector<std::vector<std::uint64_t>>& by_level) {
+    const std::uint64_t nb = A.nbr_blocks();
+    level.assign(std::size_t(nb), 0);
+    std::uint64_t max_level = 0;
+    for (std::uint64_t b = 0; b < nb; ++b) {
+        const unsigned int p = A.parent_of(std::size_t(b));
+        if (p != ~0u) level[p] = std::max(level[p], level[std::size_t(b)] + 1);
+        max_level = std::max(max_level, level[std::size_t(b)]);
+    }
+    by_level.assign(std::size_t(max_level + 1), std::vector<std::uint64_t>());
+    for (std::uint64_t b = 0; b < nb; ++b) by_level[std::size_t(level[std::size_t(b)])].push_back(b);
+}
+
+}  // namespace
+
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_block(const block_type& blk, double* y,
                                                                     double* energy, bool diagonal,
-                                                                    int n_threads) const {
+                                                                    int n_threads, double* extra_out) const {
     const std::size_t n = std::size_t(blk.n_own), f = blk.first(), l = blk.last(), ns = blk.nbr_segments();
     const segment_type* tab = blk.table();
     const double* begin = blk.diag() + n;
     for (std::size_t k = 0; k < ns; ++k) {
         const double* end = tab[k].end;
         const std::size_t h = std::size_t(end - begin);
-        if (h) {
+        if (k >= n && extra_out)
+            extra_out[k - n] = h ? kernels::dot_parallel(begin, y + l - h, h, n_threads) : 0.0;
+        else if (h) {
             const std::size_t c = std::size_t(tab[k].column);
             y[c] -= kernels::dot_parallel(begin, y + (k < n ? c : l) - h, h, n_threads);
         }
@@ -777,20 +799,76 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block(const block_
     }
 }
 
-double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, int n_threads) const {
+double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, bool diagonal,
+                                                                    int n_threads) const {
     double energy = 0;
-    for_each_block(true, [&](std::uint64_t, const block_type& blk) {
-        forward_block(blk, y, &energy, true, n_threads);
-        return 0;
-    });
+    const std::uint64_t nb = nbr_blocks();
+    auto serial = [&] {
+        for_each_block(true, [&](std::uint64_t, const block_type& blk) {
+            forward_block(blk, y, diagonal ? &energy : nullptr, diagonal, n_threads);
+            return 0;
+        });
+        return energy;
+    };
+    if (n_threads < 2 || nb < 2 || profile() < 16385 || !all_incore()) return serial();
+
+    // By levels of the tree, leaves first. Blocks of one level write their own rows
+    // only: the dots of their extra segments go to one slot each, and a block, before
+    // its own rows, subtracts the slots aimed at them in the order of the source
+    // blocks. Every entry thus takes the same operations in the same order as in the
+    // serial sweep, and the result has its bits.
+    std::vector<std::uint64_t> level;
+    std::vector<std::vector<std::uint64_t>> by_level;
+    tree_levels(*this, level, by_level);
+    std::vector<std::size_t> slot0(std::size_t(nb) + 1, 0), pull_ptr(std::size_t(nb) + 1, 0);
+    for (std::uint64_t b = 0; b < nb; ++b) {
+        const block_type& blk = block(b);
+        slot0[std::size_t(b) + 1] = slot0[std::size_t(b)] + blk.nbr_extra();
+        for (std::size_t k = std::size_t(blk.n_own); k < blk.nbr_segments(); ++k) {
+            const unsigned int q = block_of(std::size_t(blk.table()[k].column));
+            // An update into a block that is not above its source in the tree would
+            // break the level order; the serial sweep handles any profile.
+            if (level[q] <= level[std::size_t(b)]) return serial();
+            ++pull_ptr[std::size_t(q) + 1];
+        }
+    }
+    for (std::size_t q = 0; q < std::size_t(nb); ++q) pull_ptr[q + 1] += pull_ptr[q];
+    const std::size_t n_slots = slot0[std::size_t(nb)];
+    std::vector<unsigned int> pull_row(n_slots);
+    std::vector<std::size_t> pull_slot(n_slots), fill(pull_ptr.begin(), pull_ptr.end() - 1);
+    for (std::uint64_t b = 0; b < nb; ++b) {
+        const block_type& blk = block(b);
+        const std::size_t n = std::size_t(blk.n_own);
+        for (std::size_t k = n; k < blk.nbr_segments(); ++k) {
+            const std::size_t c = std::size_t(blk.table()[k].column);
+            const std::size_t p = fill[block_of(c)]++;
+            pull_row[p] = unsigned(c);
+            pull_slot[p] = slot0[std::size_t(b)] + (k - n);
+        }
+    }
+    std::vector<double> slots(n_slots), block_energy(diagonal ? std::size_t(nb) : 0);
+    for (const std::vector<std::uint64_t>& blocks : by_level) {
+        const int t = int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
+        const int inner = n_threads / t;
+#pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
+        for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(blocks.size()); ++i) {
+            const std::size_t b = std::size_t(blocks[std::size_t(i)]);
+            for (std::size_t p = pull_ptr[b]; p < pull_ptr[b + 1]; ++p) y[pull_row[p]] -= slots[pull_slot[p]];
+            double e = 0;
+            forward_block(block(b), y, diagonal ? &e : nullptr, diagonal, inner, slots.data() + slot0[b]);
+            if (diagonal) block_energy[b] = e;
+        }
+    }
+    for (double e : block_energy) energy += e;
     return energy;
 }
 
+double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, int n_threads) const {
+    return forward_sweep(y, true, n_threads);
+}
+
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward_only(double* y, int n_threads) const {
-    for_each_block(true, [&](std::uint64_t, const block_type& blk) {
-        forward_block(blk, y, nullptr, false, n_threads);
-        return 0;
-    });
+    forward_sweep(y, false, n_threads);
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* y) const {
@@ -813,15 +891,9 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, i
     }
     // A block reads the rows of its ancestors and writes only its own: the blocks of
     // one level of the tree run in parallel, from the root down.
-    std::vector<std::uint64_t> level(std::size_t(nb), 0);
-    std::uint64_t max_level = 0;
-    for (std::uint64_t b = 0; b < nb; ++b) {
-        const unsigned int p = parent_of(std::size_t(b));
-        if (p != ~0u) level[p] = std::max(level[p], level[std::size_t(b)] + 1);
-        max_level = std::max(max_level, level[std::size_t(b)]);
-    }
-    std::vector<std::vector<std::uint64_t>> by_level(std::size_t(max_level + 1));
-    for (std::uint64_t b = 0; b < nb; ++b) by_level[std::size_t(level[std::size_t(b)])].push_back(b);
+    std::vector<std::uint64_t> level;
+    std::vector<std::vector<std::uint64_t>> by_level;
+    tree_levels(*this, level, by_level);
     for (std::size_t lv = by_level.size(); lv-- > 0;) {
         const std::vector<std::uint64_t>& blocks = by_level[lv];
         const int t = int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));

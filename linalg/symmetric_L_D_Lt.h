@@ -90,7 +90,12 @@ public:
 
 private:
     int factorize_impl(const pivot_callback& check, std::size_t cache_bytes, int n_threads);
-    void forward_block(const block_type& blk, double* y, double* energy, bool diagonal, int n_threads = 1) const;
+    // Forward sweep of one block. With extra_out, the dots of the extra segments go
+    // there (one a segment) instead of being subtracted from y.
+    void forward_block(const block_type& blk, double* y, double* energy, bool diagonal, int n_threads = 1,
+                       double* extra_out = nullptr) const;
+    // Single-vector forward sweep, serial or by levels of the block tree.
+    double forward_sweep(double* y, bool diagonal, int n_threads) const;
     void backward_block(const block_type& blk, double* y) const;
 
     bool factored_ = false;
