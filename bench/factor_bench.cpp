@@ -6,7 +6,7 @@
 //
 // usage: factor_bench A.mtx [--rhs b.mtx] [--threads T] [--reps R] [--peer FILE]
 //                    [--mode M] [--limit L] [--cache BYTES] [--quiet] [--order-only]
-//                    [--write-perm FILE]
+//                    [--write-perm FILE] [--write-solution FILE]
 #include <omp.h>
 #include <unistd.h>
 
@@ -289,7 +289,8 @@ peer_figures read_peer(const char* path, int threads) {
 int usage() {
     std::fprintf(stderr,
                  "usage: factor_bench A.mtx [--rhs b.mtx] [--threads T] [--reps R] [--peer FILE] [--mode M]\n"
-                 "                    [--limit L] [--cache BYTES] [--quiet] [--order-only] [--write-perm FILE]\n");
+                 "                    [--limit L] [--cache BYTES] [--quiet] [--order-only] [--write-perm FILE]\n"
+                 "                    [--write-solution FILE]\n");
     return 2;
 }
 
@@ -300,6 +301,7 @@ int main(int argc, char** argv) {
     const char* rhs = nullptr;
     const char* peer = nullptr;
     const char* perm_file = nullptr;
+    const char* solution_file = nullptr;
     int threads = 1, reps = 3;
     unsigned int mode = 5, limit = block_profile_limit;
     long cache = sysconf(_SC_LEVEL3_CACHE_SIZE);
@@ -317,6 +319,7 @@ int main(int argc, char** argv) {
         else if (s == "--quiet") quiet = true;
         else if (s == "--order-only") order_only = true;
         else if (s == "--write-perm" && more) perm_file = argv[++a];
+        else if (s == "--write-solution" && more) solution_file = argv[++a];
         else if (s[0] != '-' && !mtx) mtx = argv[a];
         else return usage();
     }
@@ -449,6 +452,17 @@ int main(int argc, char** argv) {
                     nbr_blocks, (unsigned long long)totals.profile, nnz_L_exact, flops_skyline, flops_cj2);
         std::printf("ordering %.3f s (median of %d), peak memory %.1f MB\n", median(t_order), reps, peak_MB());
         return 0;
+    }
+    if (solution_file) {
+        // The solution of the last repetition, raw doubles in the original order, so
+        // that runs can be compared bit for bit.
+        std::FILE* f = std::fopen(solution_file, "wb");
+        if (!f || std::fwrite(x.data(), sizeof(double), x.size(), f) != x.size()) {
+            std::fprintf(stderr, "factor_bench: cannot write %s\n", solution_file);
+            if (f) std::fclose(f);
+            return 1;
+        }
+        std::fclose(f);
     }
     std::vector<double> Ax;
     mult(A, x, Ax);

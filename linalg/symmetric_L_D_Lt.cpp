@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <thread>
 #include <vector>
 
 #include "linalg/dense_kernels.h"
@@ -90,19 +91,43 @@ struct factor_state {
     // So that the sums do not depend on the threads' timing, the units of a group
     // add their updates in the order of their rank in the group: a unit adds at once
     // while all the units before it are done, and otherwise keeps its updates until
-    // its turn comes. All of this is under the lock.
+    // its turn comes. All of this is under the lock. The kept updates are bounded:
+    // beyond max_kept_bytes a unit waits for its turn instead of keeping more.
     bool ordered = false;
     std::size_t turn = 0;
     std::vector<char> done;
     std::vector<std::vector<deferred_updates>> waiting;
+    std::size_t kept_bytes = 0;  // changed atomically
 
+    static const std::size_t max_kept_bytes = std::size_t(64) << 20;
+    static std::size_t bytes_of(const deferred_updates& d) {
+        return d.at.size() * (sizeof(double*) + sizeof(double));
+    }
     bool in_turn(std::size_t rank) const { return !ordered || rank == turn; }
-    static void apply(deferred_updates& d) {
+    void apply(deferred_updates& d) {
         double* const* at = d.at.data();
         const double* v = d.value.data();
         for (std::size_t k = 0, n = d.at.size(); k < n; ++k) *at[k] -= v[k];
+        const std::size_t b = bytes_of(d);
+#pragma omp atomic
+        kept_bytes -= b;
         d.at.clear();
         d.value.clear();
+    }
+    // Called with the lock held by a unit that is about to keep updates: while too
+    // much is kept already, it gives the lock up in turns until its rank comes (the
+    // units before it are all running, so it does come) or an error stops the work.
+    bool wait_turn_if_full(std::size_t rank) {
+        std::size_t kept;
+#pragma omp atomic read
+        kept = kept_bytes;
+        if (kept <= max_kept_bytes) return in_turn(rank);
+        while (!in_turn(rank) && !error) {
+            omp_unset_lock(&lock);
+            std::this_thread::yield();
+            omp_set_lock(&lock);
+        }
+        return in_turn(rank);
     }
     void begin_group(std::size_t n_units) {
         ordered = n_units > 1;
@@ -140,6 +165,7 @@ struct factor_state {
             waiting[r].clear();
         }
         ordered = false;
+        kept_bytes = 0;
     }
 
     bool check_pivot(double& d, std::size_t pos) {
@@ -514,17 +540,22 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
                 omp_set_lock(&st.lock);
             else if (!omp_test_lock(&st.lock))
                 return;
-            const bool now = st.in_turn(rank);
+            const bool now = st.in_turn(rank) || st.wait_turn_if_full(rank);
             if (now)
                 for (std::size_t k = 0; k < iw.n_pending; ++k)
                     scatter(iw.pending[k], [](double* p, double v) { *p -= v; });
             omp_unset_lock(&st.lock);
-            if (!now)
+            if (!now) {
+                const std::size_t before = factor_state::bytes_of(iw.deferred);
                 for (std::size_t k = 0; k < iw.n_pending; ++k)
                     scatter(iw.pending[k], [&](double* p, double v) {
                         iw.deferred.at.push_back(p);
                         iw.deferred.value.push_back(v);
                     });
+                const std::size_t added = factor_state::bytes_of(iw.deferred) - before;
+#pragma omp atomic
+                st.kept_bytes += added;
+            }
             iw.n_pending = 0;
         };
         auto piece = [&](std::size_t pa0, std::size_t pa1, std::size_t pb0, std::size_t pb1) {
@@ -712,6 +743,7 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                                 st.unit_done(rank, w.inner);
                             } catch (const std::bad_alloc&) {
                                 r = -199;
+                                for (inner_work& iw : w.inner) iw.deferred = deferred_updates();
                             }
                             if (r) st.set_error(r);
                         }
