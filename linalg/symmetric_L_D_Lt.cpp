@@ -34,20 +34,74 @@ struct pending_piece {
 };
 const std::size_t max_pending = 4;
 
-// Updates of a unit that must wait for the units before it in its group: the
-// target addresses and the values to subtract there.
-struct deferred_updates {
-    std::vector<double*> at;
-    std::vector<double> value;
+std::size_t bytes_of(const pending_piece& pp) {
+    return pp.S.capacity() * sizeof(double) + (pp.al.capacity() + pp.bl.capacity()) * sizeof(std::size_t);
+}
+
+// Where the products of a unit go: for each of its extra columns (in the unit's
+// sorted order) the global column, the run of later blocks it falls in and its row of
+// base addresses (entry of row r of run i at sbase[k][i] + r, null for none); the
+// block of each run.
+struct scatter_map {
+    const std::size_t* scol;
+    const std::size_t* srun;
+    double* const* const* sbase;
+    const std::size_t* run_block;
+};
+
+// Subtracts a product from the later blocks. The entry of a pair goes to the segment
+// of the later of the two columns, at the row of the earlier one. Walking both lists
+// in column order makes the additions run down the target segments.
+void scatter(symmetric_hybrid_OOC<double>& A, const scatter_map& sm, const pending_piece& pp) {
+    const std::size_t* scol = sm.scol;
+    const std::size_t* srun = sm.srun;
+    const double* S = pp.S.data();
+    const std::size_t wa = pp.pa1 - pp.pa0, pa0 = pp.pa0, pb0 = pp.pb0;
+    for (std::size_t bb : pp.bl) {  // column of bb after the row's
+        const double* Sc = S + (bb - pb0) * wa - pa0;
+        const std::size_t cb = scol[bb];
+        double* const* base_b = sm.sbase[bb];
+        for (std::size_t a : pp.al) {
+            const std::size_t ca = scol[a];
+            if (ca >= cb) break;
+            double* const t = base_b[srun[a]];
+            if (a < bb && t) t[ca] -= Sc[a];
+        }
+    }
+    for (std::size_t a : pp.al) {  // column of a after the row's
+        const std::size_t ca = scol[a];
+        double* const* base_a = sm.sbase[a];
+        const double* Sr = S + (a - pa0) - pb0 * wa;
+        for (std::size_t bb : pp.bl) {
+            const std::size_t cb = scol[bb];
+            if (cb >= ca) break;
+            double* const t = base_a[srun[bb]];
+            if (a < bb && t) t[cb] -= Sr[bb * wa];
+        }
+    }
+    for (std::size_t bb = std::max(pa0, pb0); bb < std::min(pp.pa1, pp.pb1); ++bb) {
+        symmetric_hybrid_OOC<double>::block_type& q = A.block(sm.run_block[srun[bb]]);
+        q.diag()[scol[bb] - q.first()] -= S[(bb - pa0) + (bb - pb0) * wa];
+    }
+}
+
+// The products of a unit that wait for its turn, with a copy of its scatter map (the
+// thread's work arrays go on to the next unit).
+struct kept_unit {
+    std::vector<std::size_t> scol, srun, run_block;
+    std::vector<double*> base;
+    std::vector<double* const*> sbase;
+    std::vector<pending_piece> pieces;
+    scatter_map map() const { return scatter_map{scol.data(), srun.data(), sbase.data(), run_block.data()}; }
 };
 
 // Work arrays of one thread of a nested region: a tile of U, the products that wait
-// for the lock, and the updates that wait for the unit's turn.
+// for the lock, and those that wait for the unit's turn.
 struct inner_work {
     std::vector<double> tileU;
     std::vector<pending_piece> pending;
     std::size_t n_pending = 0;
-    deferred_updates deferred;
+    std::vector<pending_piece> kept;
 };
 
 // A piece of a column of a unit of work: `len` values at `data`, for the rows
@@ -71,6 +125,10 @@ struct block_work_arrays {
     std::vector<std::size_t> scol, srun;
     std::vector<double* const*> sbase;
     std::vector<inner_work> inner;
+    std::size_t map_columns = 0, map_runs = 0;  // e and m of the unit's scatter map
+    scatter_map map() const {
+        return scatter_map{scol.data(), srun.data(), sbase.data(), run_block.data()};
+    }
 };
 
 template <class V>
@@ -90,31 +148,28 @@ struct factor_state {
     // Units factored side by side may add into the same entries of a later block.
     // So that the sums do not depend on the threads' timing, the units of a group
     // add their updates in the order of their rank in the group: a unit adds at once
-    // while all the units before it are done, and otherwise keeps its updates until
-    // its turn comes. All of this is under the lock. The kept updates are bounded:
+    // while all the units before it are done, and otherwise keeps its products until
+    // its turn comes. All of this is under the lock. The kept products are bounded:
     // beyond max_kept_bytes a unit waits for its turn instead of keeping more.
     bool ordered = false;
     std::size_t turn = 0;
     std::vector<char> done;
-    std::vector<std::vector<deferred_updates>> waiting;
+    std::vector<kept_unit> waiting;
     std::size_t kept_bytes = 0;  // changed atomically
 
     static const std::size_t max_kept_bytes = std::size_t(64) << 20;
-    static std::size_t bytes_of(const deferred_updates& d) {
-        return d.at.size() * (sizeof(double*) + sizeof(double));
-    }
     bool in_turn(std::size_t rank) const { return !ordered || rank == turn; }
-    void apply(deferred_updates& d) {
-        double* const* at = d.at.data();
-        const double* v = d.value.data();
-        for (std::size_t k = 0, n = d.at.size(); k < n; ++k) *at[k] -= v[k];
-        const std::size_t b = bytes_of(d);
+    void apply(const scatter_map& sm, std::vector<pending_piece>& pieces) {
+        std::size_t b = 0;
+        for (const pending_piece& pp : pieces) {
+            scatter(*A, sm, pp);
+            b += bytes_of(pp);
+        }
 #pragma omp atomic
         kept_bytes -= b;
-        d.at.clear();
-        d.value.clear();
+        pieces.clear();
     }
-    // Called with the lock held by a unit that is about to keep updates: while too
+    // Called with the lock held by a unit that is about to keep products: while too
     // much is kept already, it gives the lock up in turns until its rank comes (the
     // units before it are all running, so it does come) or an error stops the work.
     bool wait_turn_if_full(std::size_t rank) {
@@ -135,23 +190,33 @@ struct factor_state {
         done.assign(n_units, 0);
         waiting.resize(n_units);
     }
-    // A unit has computed all its updates: they are added now if its turn has come,
+    // A unit has computed all its products: they are added now if its turn has come,
     // and so are the kept ones of the finished units behind it; else they are kept.
-    void unit_done(std::size_t rank, std::vector<inner_work>& inner) {
+    void unit_done(std::size_t rank, block_work_arrays& ws) {
         omp_set_lock(&lock);
         if (in_turn(rank)) {
-            for (inner_work& iw : inner) apply(iw.deferred);
+            for (inner_work& iw : ws.inner) apply(ws.map(), iw.kept);
             if (ordered) {
                 ++turn;
-                for (; turn < done.size() && done[turn]; ++turn)
-                    for (deferred_updates& d : waiting[turn]) apply(d);
+                for (; turn < done.size() && done[turn]; ++turn) apply(waiting[turn].map(), waiting[turn].pieces);
             }
         } else {
-            for (inner_work& iw : inner)
-                if (!iw.deferred.at.empty()) {
-                    waiting[rank].emplace_back();
-                    std::swap(waiting[rank].back(), iw.deferred);
+            kept_unit& ku = waiting[rank];
+            for (inner_work& iw : ws.inner)
+                for (pending_piece& pp : iw.kept) {
+                    ku.pieces.emplace_back();
+                    std::swap(ku.pieces.back(), pp);
                 }
+            if (!ku.pieces.empty()) {
+                const std::size_t e = ws.map_columns, m = ws.map_runs;
+                ku.scol.assign(ws.scol.begin(), ws.scol.begin() + std::ptrdiff_t(e));
+                ku.srun.assign(ws.srun.begin(), ws.srun.begin() + std::ptrdiff_t(e));
+                ku.run_block.assign(ws.run_block.begin(), ws.run_block.begin() + std::ptrdiff_t(m));
+                ku.base.assign(ws.base.begin(), ws.base.begin() + std::ptrdiff_t(e * m));
+                ku.sbase.resize(e);
+                for (std::size_t k = 0; k < e; ++k) ku.sbase[k] = ku.base.data() + (ws.sbase[k] - ws.base.data());
+            }
+            for (inner_work& iw : ws.inner) iw.kept.clear();
             done[rank] = 1;
         }
         omp_unset_lock(&lock);
@@ -159,10 +224,9 @@ struct factor_state {
     // After the group's barrier: what is still kept (units that finished while an
     // earlier one was running) goes in rank order.
     void end_group() {
-        for (std::size_t r = 0; r < waiting.size(); ++r) {
-            if (!error)
-                for (deferred_updates& d : waiting[r]) apply(d);
-            waiting[r].clear();
+        for (kept_unit& ku : waiting) {
+            if (!error && !ku.pieces.empty()) apply(ku.map(), ku.pieces);
+            ku = kept_unit();
         }
         ordered = false;
         kept_bytes = 0;
@@ -475,8 +539,9 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
         ws.sbase[k] = ws.base.data() + ord[k] * m;
     }
     const std::size_t* scol = ws.scol.data();
-    const std::size_t* srun = ws.srun.data();
-    double* const* const* sbase = ws.sbase.data();
+    ws.map_columns = e;
+    ws.map_runs = m;
+    const scatter_map smap = ws.map();
     double fl_upd = 0;
 #pragma omp parallel for num_threads(t_inner) schedule(dynamic, 1) if (t_inner > 1) reduction(+ : fl_upd)
     for (std::ptrdiff_t tr = 0; tr < std::ptrdiff_t(nt); ++tr) {
@@ -499,40 +564,6 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
         if (hT == 0) continue;
         // Pieces of the product: whole tiles A < T, and for A == T the upper part in
         // chunks of columns, so that only the diagonal chunks are computed twice.
-        // The entry of a pair goes to the segment of the later of the two columns, at
-        // the row of the earlier one. Walking both lists in column order makes the
-        // additions run down the target segments.
-        // `sink(address, value)` subtracts the value there, now or later.
-        auto scatter = [&](const pending_piece& pp, auto&& sink) {
-            const double* S = pp.S.data();
-            const std::size_t wa = pp.pa1 - pp.pa0, pa0 = pp.pa0, pb0 = pp.pb0;
-            for (std::size_t bb : pp.bl) {  // column of bb after the row's
-                const double* Sc = S + (bb - pb0) * wa - pa0;
-                const std::size_t cb = scol[bb];
-                double* const* base_b = sbase[bb];
-                for (std::size_t a : pp.al) {
-                    const std::size_t ca = scol[a];
-                    if (ca >= cb) break;
-                    double* const t = base_b[srun[a]];
-                    if (a < bb && t) sink(t + ca, Sc[a]);
-                }
-            }
-            for (std::size_t a : pp.al) {  // column of a after the row's
-                const std::size_t ca = scol[a];
-                double* const* base_a = sbase[a];
-                const double* Sr = S + (a - pa0) - pb0 * wa;
-                for (std::size_t bb : pp.bl) {
-                    const std::size_t cb = scol[bb];
-                    if (cb >= ca) break;
-                    double* const t = base_a[srun[bb]];
-                    if (a < bb && t) sink(t + cb, Sr[bb * wa]);
-                }
-            }
-            for (std::size_t bb = std::max(pa0, pb0); bb < std::min(pp.pa1, pp.pb1); ++bb) {
-                block_type& q = A.block(ws.run_block[srun[bb]]);
-                sink(q.diag() + (scol[bb] - q.first()), S[(bb - pa0) + (bb - pb0) * wa]);
-            }
-        };
         // Products wait in a few buffers while another thread holds the lock.
         auto flush = [&](bool wait) {
             if (iw.n_pending == 0) return;
@@ -542,17 +573,15 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
                 return;
             const bool now = st.in_turn(rank) || st.wait_turn_if_full(rank);
             if (now)
-                for (std::size_t k = 0; k < iw.n_pending; ++k)
-                    scatter(iw.pending[k], [](double* p, double v) { *p -= v; });
+                for (std::size_t k = 0; k < iw.n_pending; ++k) scatter(A, smap, iw.pending[k]);
             omp_unset_lock(&st.lock);
             if (!now) {
-                const std::size_t before = factor_state::bytes_of(iw.deferred);
-                for (std::size_t k = 0; k < iw.n_pending; ++k)
-                    scatter(iw.pending[k], [&](double* p, double v) {
-                        iw.deferred.at.push_back(p);
-                        iw.deferred.value.push_back(v);
-                    });
-                const std::size_t added = factor_state::bytes_of(iw.deferred) - before;
+                std::size_t added = 0;
+                for (std::size_t k = 0; k < iw.n_pending; ++k) {
+                    iw.kept.emplace_back();
+                    std::swap(iw.kept.back(), iw.pending[k]);
+                    added += bytes_of(iw.kept.back());
+                }
 #pragma omp atomic
                 st.kept_bytes += added;
             }
@@ -740,10 +769,10 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                             int r;
                             try {
                                 r = block_work(st, units[u], units[u + 1], w, inner, rank);
-                                st.unit_done(rank, w.inner);
+                                st.unit_done(rank, w);
                             } catch (const std::bad_alloc&) {
                                 r = -199;
-                                for (inner_work& iw : w.inner) iw.deferred = deferred_updates();
+                                for (inner_work& iw : w.inner) iw.kept.clear();
                             }
                             if (r) st.set_error(r);
                         }
@@ -880,7 +909,10 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, 
     }
     std::vector<double> slots(n_slots), block_energy(diagonal ? std::size_t(nb) : 0);
     for (const std::vector<std::uint64_t>& blocks : by_level) {
-        const int t = int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
+        // A level with little work is not worth a fork and a join.
+        std::size_t values = 0;
+        for (std::uint64_t b : blocks) values += block(b).values.size();
+        const int t = values < 2 * 16384 ? 1 : int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
         const int inner = n_threads / t;
 #pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
         for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(blocks.size()); ++i) {
