@@ -194,6 +194,15 @@ struct factor_state {
     // and so are the kept ones of the finished units behind it; else they are kept.
     void unit_done(std::size_t rank, block_work_arrays& ws) {
         omp_set_lock(&lock);
+        try {
+            unit_done_locked(rank, ws);
+        } catch (const std::bad_alloc&) {
+            if (!error) error = -199;
+            for (inner_work& iw : ws.inner) iw.kept.clear();
+        }
+        omp_unset_lock(&lock);
+    }
+    void unit_done_locked(std::size_t rank, block_work_arrays& ws) {
         if (in_turn(rank)) {
             for (inner_work& iw : ws.inner) apply(ws.map(), iw.kept);
             if (ordered) {
@@ -219,7 +228,6 @@ struct factor_state {
             for (inner_work& iw : ws.inner) iw.kept.clear();
             done[rank] = 1;
         }
-        omp_unset_lock(&lock);
     }
     // After the group's barrier: what is still kept (units that finished while an
     // earlier one was running) goes in rank order.
@@ -878,36 +886,48 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, 
     // its own rows, subtracts the slots aimed at them in the order of the source
     // blocks. Every entry thus takes the same operations in the same order as in the
     // serial sweep, and the result has its bits.
+    // The tables are built before y is touched: without memory for them, the serial
+    // sweep does the work.
     std::vector<std::uint64_t> level;
     std::vector<std::vector<std::uint64_t>> by_level;
-    tree_levels(*this, level, by_level);
-    std::vector<std::size_t> slot0(std::size_t(nb) + 1, 0), pull_ptr(std::size_t(nb) + 1, 0);
-    for (std::uint64_t b = 0; b < nb; ++b) {
-        const block_type& blk = block(b);
-        slot0[std::size_t(b) + 1] = slot0[std::size_t(b)] + blk.nbr_extra();
-        for (std::size_t k = std::size_t(blk.n_own); k < blk.nbr_segments(); ++k) {
-            const unsigned int q = block_of(std::size_t(blk.table()[k].column));
-            // An update into a block that is not above its source in the tree would
-            // break the level order; the serial sweep handles any profile.
-            if (level[q] <= level[std::size_t(b)]) return serial();
-            ++pull_ptr[std::size_t(q) + 1];
+    std::vector<std::size_t> slot0, pull_ptr, pull_slot;
+    std::vector<unsigned int> pull_row;
+    std::vector<double> slots, block_energy;
+    try {
+        tree_levels(*this, level, by_level);
+        slot0.assign(std::size_t(nb) + 1, 0);
+        pull_ptr.assign(std::size_t(nb) + 1, 0);
+        for (std::uint64_t b = 0; b < nb; ++b) {
+            const block_type& blk = block(b);
+            slot0[std::size_t(b) + 1] = slot0[std::size_t(b)] + blk.nbr_extra();
+            for (std::size_t k = std::size_t(blk.n_own); k < blk.nbr_segments(); ++k) {
+                const unsigned int q = block_of(std::size_t(blk.table()[k].column));
+                // An update into a block that is not above its source in the tree
+                // would break the level order; the serial sweep handles any profile.
+                if (level[q] <= level[std::size_t(b)]) return serial();
+                ++pull_ptr[std::size_t(q) + 1];
+            }
         }
-    }
-    for (std::size_t q = 0; q < std::size_t(nb); ++q) pull_ptr[q + 1] += pull_ptr[q];
-    const std::size_t n_slots = slot0[std::size_t(nb)];
-    std::vector<unsigned int> pull_row(n_slots);
-    std::vector<std::size_t> pull_slot(n_slots), fill(pull_ptr.begin(), pull_ptr.end() - 1);
-    for (std::uint64_t b = 0; b < nb; ++b) {
-        const block_type& blk = block(b);
-        const std::size_t n = std::size_t(blk.n_own);
-        for (std::size_t k = n; k < blk.nbr_segments(); ++k) {
-            const std::size_t c = std::size_t(blk.table()[k].column);
-            const std::size_t p = fill[block_of(c)]++;
-            pull_row[p] = unsigned(c);
-            pull_slot[p] = slot0[std::size_t(b)] + (k - n);
+        for (std::size_t q = 0; q < std::size_t(nb); ++q) pull_ptr[q + 1] += pull_ptr[q];
+        const std::size_t n_slots = slot0[std::size_t(nb)];
+        pull_row.resize(n_slots);
+        pull_slot.resize(n_slots);
+        std::vector<std::size_t> fill(pull_ptr.begin(), pull_ptr.end() - 1);
+        for (std::uint64_t b = 0; b < nb; ++b) {
+            const block_type& blk = block(b);
+            const std::size_t n = std::size_t(blk.n_own);
+            for (std::size_t k = n; k < blk.nbr_segments(); ++k) {
+                const std::size_t c = std::size_t(blk.table()[k].column);
+                const std::size_t p = fill[block_of(c)]++;
+                pull_row[p] = unsigned(c);
+                pull_slot[p] = slot0[std::size_t(b)] + (k - n);
+            }
         }
+        slots.resize(n_slots);
+        block_energy.resize(diagonal ? std::size_t(nb) : 0);
+    } catch (const std::bad_alloc&) {
+        return serial();
     }
-    std::vector<double> slots(n_slots), block_energy(diagonal ? std::size_t(nb) : 0);
     for (const std::vector<std::uint64_t>& blocks : by_level) {
         // A level with little work is not worth a fork and a join.
         std::size_t values = 0;
@@ -957,7 +977,12 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, i
     // one level of the tree run in parallel, from the root down.
     std::vector<std::uint64_t> level;
     std::vector<std::vector<std::uint64_t>> by_level;
-    tree_levels(*this, level, by_level);
+    try {
+        tree_levels(*this, level, by_level);
+    } catch (const std::bad_alloc&) {
+        for (std::uint64_t b = nb; b-- > 0;) backward_block(block(b), y);
+        return;
+    }
     for (std::size_t lv = by_level.size(); lv-- > 0;) {
         const std::vector<std::uint64_t>& blocks = by_level[lv];
         const int t = int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
