@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "linalg/dense_kernels.h"
 #include "linalg/numbering.h"
 #include "linalg/pivot_checkers.h"
 #include "linalg/symmetric_L_D_Lt.h"
@@ -173,4 +174,17 @@ TEST(FactorDeterminism, ParallelSingleVectorSweepsMatchSerialOnes) {
     // The columns of a multi-vector solve are those of the single-vector one.
     for (std::size_t i = 0; i < b.size(); ++i) EXPECT_NEAR(r.y[i], x2[i], 1e-12 * (1 + std::fabs(x2[i])));
 
+}
+
+TEST(FactorDeterminism, LongDotHasTheSameBitsForAnyThreadCount) {
+    std::vector<double> a(40000), b(40000);
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        a[i] = std::sin(double(i)) * 1e3;
+        b[i] = std::cos(0.7 * double(i)) / (1.0 + double(i % 17));
+    }
+    const double d1 = kernels::dot_parallel(a.data(), b.data(), a.size(), 1);
+    for (int t : {2, 3, 8}) EXPECT_EQ(kernels::dot_parallel(a.data(), b.data(), a.size(), t), d1) << t;
+    double scale = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) scale += std::fabs(a[i] * b[i]);
+    EXPECT_NEAR(d1, kernels::dot(a.data(), b.data(), a.size()), 1e-13 * scale);
 }
