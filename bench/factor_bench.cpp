@@ -6,7 +6,7 @@
 //
 // usage: factor_bench A.mtx [--rhs b.mtx] [--threads T] [--reps R] [--peer FILE]
 //                    [--mode M] [--limit L] [--cache BYTES] [--quiet] [--order-only]
-//                    [--write-perm FILE] [--write-solution FILE]
+//                    [--write-perm FILE] [--write-solution FILE] [--sweep-reps N]
 #include <omp.h>
 #include <unistd.h>
 
@@ -290,7 +290,7 @@ int usage() {
     std::fprintf(stderr,
                  "usage: factor_bench A.mtx [--rhs b.mtx] [--threads T] [--reps R] [--peer FILE] [--mode M]\n"
                  "                    [--limit L] [--cache BYTES] [--quiet] [--order-only] [--write-perm FILE]\n"
-                 "                    [--write-solution FILE]\n");
+                 "                    [--write-solution FILE] [--sweep-reps N]\n");
     return 2;
 }
 
@@ -302,6 +302,7 @@ int main(int argc, char** argv) {
     const char* peer = nullptr;
     const char* perm_file = nullptr;
     const char* solution_file = nullptr;
+    int sweep_reps = 0;
     int threads = 1, reps = 3;
     unsigned int mode = 5, limit = block_profile_limit;
     long cache = sysconf(_SC_LEVEL3_CACHE_SIZE);
@@ -320,6 +321,7 @@ int main(int argc, char** argv) {
         else if (s == "--order-only") order_only = true;
         else if (s == "--write-perm" && more) perm_file = argv[++a];
         else if (s == "--write-solution" && more) solution_file = argv[++a];
+        else if (s == "--sweep-reps" && more) sweep_reps = std::max(0, std::atoi(argv[++a]));
         else if (s[0] != '-' && !mtx) mtx = argv[a];
         else return usage();
     }
@@ -445,6 +447,54 @@ int main(int argc, char** argv) {
         t0 = now();
         F.solve(Y.data(), A.n, n_rhs, threads);
         t_solve10.push_back(now() - t0);
+        if (rep + 1 == reps && sweep_reps > 0) {
+            // Single-vector sweeps on one thread and on `threads`, interleaved so that
+            // a change of the machine's load falls on both.
+            std::vector<double> f1, ft, s1, st;
+            for (int r = 0; r < sweep_reps; ++r)
+                for (int t : {1, threads}) {
+                    for (std::size_t k = 0; k < A.n; ++k) y[pos[k]] = b[k];
+                    double c = now();
+                    F.solve_forward(y.data(), t);
+                    (t == 1 ? f1 : ft).push_back(now() - c);
+                    for (std::size_t k = 0; k < A.n; ++k) y[pos[k]] = b[k];
+                    c = now();
+                    F.solve(y.data(), t);
+                    (t == 1 ? s1 : st).push_back(now() - c);
+                }
+            auto spread = [](std::vector<double> v) {
+                std::sort(v.begin(), v.end());
+                return std::make_pair(v.front(), v.back());
+            };
+            // The bound of the level-parallel sweeps: each level takes at least its
+            // largest block and its values over the threads (values as the work).
+            {
+                const std::size_t nb = F.nbr_blocks();
+                std::vector<std::size_t> level(nb, 0);
+                for (std::size_t k = 0; k < nb; ++k)
+                    if (F.parent_of(k) != ~0u)
+                        level[F.parent_of(k)] = std::max(level[F.parent_of(k)], level[k] + 1);
+                const std::size_t n_levels = nb ? *std::max_element(level.begin(), level.end()) + 1 : 0;
+                std::vector<double> sum(n_levels, 0.0), big(n_levels, 0.0);
+                double total = 0;
+                for (std::size_t k = 0; k < nb; ++k) {
+                    const double v = double(F.block(k).values.size());
+                    sum[level[k]] += v;
+                    big[level[k]] = std::max(big[level[k]], v);
+                    total += v;
+                }
+                double bound = 0;
+                for (std::size_t l = 0; l < n_levels; ++l) bound += std::max(big[l], sum[l] / threads);
+                std::printf("block tree: %zu levels; bound of the level-parallel sweeps' speed-up at %d threads %.2f\n",
+                            n_levels, threads, bound > 0 ? total / bound : 1.0);
+            }
+            std::printf("single-vector sweeps (median of %d, min to max): forward 1 thread %.4f s (%.4f to %.4f), "
+                        "%d threads %.4f s (%.4f to %.4f); solve 1 thread %.4f s (%.4f to %.4f), %d threads %.4f s "
+                        "(%.4f to %.4f)\n",
+                        sweep_reps, median(f1), spread(f1).first, spread(f1).second, threads, median(ft),
+                        spread(ft).first, spread(ft).second, median(s1), spread(s1).first, spread(s1).second,
+                        threads, median(st), spread(st).first, spread(st).second);
+        }
     }
 
     if (order_only) {
