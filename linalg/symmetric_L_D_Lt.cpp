@@ -934,7 +934,9 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, 
         for (std::uint64_t b : blocks) values += block(b).values.size();
         const int t = values < 2 * 16384 ? 1 : int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
         const int inner = n_threads / t;
-#pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
+        // Small blocks are handed out by runs of about 16384 values.
+        const int chunk = int(std::max<std::size_t>(1, 16384 * blocks.size() / std::max<std::size_t>(values, 1)));
+#pragma omp parallel for num_threads(t) schedule(dynamic, chunk) if (t > 1)
         for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(blocks.size()); ++i) {
             const std::size_t b = std::size_t(blocks[std::size_t(i)]);
             for (std::size_t p = pull_ptr[b]; p < pull_ptr[b + 1]; ++p) y[pull_row[p]] -= slots[pull_slot[p]];
