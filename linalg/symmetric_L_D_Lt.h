@@ -29,7 +29,9 @@ struct pivot_callback {
 // column j) and its diagonal holds 1 / D.
 //
 // Threads: factorize and the solves open their own OpenMP regions with the counts
-// given; the system BLAS is kept to one thread of its own while they run.
+// given; the system BLAS is kept to one thread of its own while they run. Runs at
+// one thread count give the same bits every time; the single-vector sweeps give the
+// same bits at any thread count, but the factors depend on it at round-off level.
 template <>
 class symmetric_L_D_Lt<symmetric_hybrid_OOC<double>> : public symmetric_hybrid_OOC<double> {
 public:
