@@ -1,11 +1,12 @@
 // Benchmark of the sparse direct solver on a Matrix Market SPD matrix: ordering and
-// block profile, assembly into the block-skyline matrix, LDLt factorisation and one
-// solve, with flop counts, residual, peak memory and an optional comparison with the
-// figures of another solver on the same matrix.
+// block profile, assembly into the block-skyline matrix, LDLt factorisation, one
+// solve and one of ten right-hand sides at once, with flop counts, residual, peak
+// memory and an optional comparison with the figures of another solver on the same
+// matrix.
 //
 // usage: factor_bench A.mtx [--rhs b.mtx] [--threads T] [--reps R] [--peer FILE]
 //                    [--mode M] [--limit L] [--cache BYTES] [--quiet] [--order-only]
-//                    [--write-perm FILE]
+//                    [--write-perm FILE] [--write-solution FILE] [--sweep-reps N]
 #include <omp.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -35,6 +37,13 @@ namespace {
 
 double now() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Processor time of the process, all threads together.
+double cpu_now() {
+    timespec ts;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
+    return double(ts.tv_sec) + 1e-9 * double(ts.tv_nsec);
 }
 
 double median(std::vector<double> v) {
@@ -280,7 +289,8 @@ peer_figures read_peer(const char* path, int threads) {
 int usage() {
     std::fprintf(stderr,
                  "usage: factor_bench A.mtx [--rhs b.mtx] [--threads T] [--reps R] [--peer FILE] [--mode M]\n"
-                 "                    [--limit L] [--cache BYTES] [--quiet] [--order-only] [--write-perm FILE]\n");
+                 "                    [--limit L] [--cache BYTES] [--quiet] [--order-only] [--write-perm FILE]\n"
+                 "                    [--write-solution FILE] [--sweep-reps N]\n");
     return 2;
 }
 
@@ -291,6 +301,8 @@ int main(int argc, char** argv) {
     const char* rhs = nullptr;
     const char* peer = nullptr;
     const char* perm_file = nullptr;
+    const char* solution_file = nullptr;
+    int sweep_reps = 0;
     int threads = 1, reps = 3;
     unsigned int mode = 5, limit = block_profile_limit;
     long cache = sysconf(_SC_LEVEL3_CACHE_SIZE);
@@ -308,6 +320,8 @@ int main(int argc, char** argv) {
         else if (s == "--quiet") quiet = true;
         else if (s == "--order-only") order_only = true;
         else if (s == "--write-perm" && more) perm_file = argv[++a];
+        else if (s == "--write-solution" && more) solution_file = argv[++a];
+        else if (s == "--sweep-reps" && more) sweep_reps = std::max(0, std::atoi(argv[++a]));
         else if (s[0] != '-' && !mtx) mtx = argv[a];
         else return usage();
     }
@@ -340,7 +354,7 @@ int main(int argc, char** argv) {
     std::printf("element groups: %zu (node pairs), %zu DOF entries, built in %.2f s\n", gptr.size() - 1, gids.size(),
                 t_groups);
 
-    std::vector<double> t_order, t_assemble, t_factor, t_solve;
+    std::vector<double> t_order, t_assemble, t_factor, t_factor_cpu, t_solve, t_solve10;
     std::vector<double> x(A.n, 0.0);
     block_profile_totals totals;
     double flops_skyline = 0, flops_kernel = 0, nnz_L_exact = 0, flops_cj2 = 0;
@@ -407,8 +421,10 @@ int main(int argc, char** argv) {
 
         pivot_check_positive<dummy_verboser> checker;
         t0 = now();
+        const double c0 = cpu_now();
         rc = F.factorize(checker, std::size_t(cache), threads);
         t_factor.push_back(now() - t0);
+        t_factor_cpu.push_back(cpu_now() - c0);
         if (rc) {
             std::fprintf(stderr, "factor_bench: factorisation failed (%d)\n", rc);
             return 1;
@@ -423,6 +439,62 @@ int main(int argc, char** argv) {
         F.solve(y.data(), threads);
         t_solve.push_back(now() - t0);
         for (std::size_t k = 0; k < A.n; ++k) x[k] = y[pos[k]];
+        // Ten right-hand sides at once: b scaled by 1 to 10.
+        const std::size_t n_rhs = 10;
+        std::vector<double> Y(A.n * n_rhs);
+        for (std::size_t j = 0; j < n_rhs; ++j)
+            for (std::size_t k = 0; k < A.n; ++k) Y[j * A.n + pos[k]] = double(j + 1) * b[k];
+        t0 = now();
+        F.solve(Y.data(), A.n, n_rhs, threads);
+        t_solve10.push_back(now() - t0);
+        if (rep + 1 == reps && sweep_reps > 0) {
+            // Single-vector sweeps on one thread and on `threads`, interleaved so that
+            // a change of the machine's load falls on both.
+            std::vector<double> f1, ft, s1, st;
+            for (int r = 0; r < sweep_reps; ++r)
+                for (int t : {1, threads}) {
+                    for (std::size_t k = 0; k < A.n; ++k) y[pos[k]] = b[k];
+                    double c = now();
+                    F.solve_forward(y.data(), t);
+                    (t == 1 ? f1 : ft).push_back(now() - c);
+                    for (std::size_t k = 0; k < A.n; ++k) y[pos[k]] = b[k];
+                    c = now();
+                    F.solve(y.data(), t);
+                    (t == 1 ? s1 : st).push_back(now() - c);
+                }
+            auto spread = [](std::vector<double> v) {
+                std::sort(v.begin(), v.end());
+                return std::make_pair(v.front(), v.back());
+            };
+            // The bound of the level-parallel sweeps: each level takes at least its
+            // largest block and its values over the threads (values as the work).
+            {
+                const std::size_t nb = F.nbr_blocks();
+                std::vector<std::size_t> level(nb, 0);
+                for (std::size_t k = 0; k < nb; ++k)
+                    if (F.parent_of(k) != ~0u)
+                        level[F.parent_of(k)] = std::max(level[F.parent_of(k)], level[k] + 1);
+                const std::size_t n_levels = nb ? *std::max_element(level.begin(), level.end()) + 1 : 0;
+                std::vector<double> sum(n_levels, 0.0), big(n_levels, 0.0);
+                double total = 0;
+                for (std::size_t k = 0; k < nb; ++k) {
+                    const double v = double(F.block(k).values.size());
+                    sum[level[k]] += v;
+                    big[level[k]] = std::max(big[level[k]], v);
+                    total += v;
+                }
+                double bound = 0;
+                for (std::size_t l = 0; l < n_levels; ++l) bound += std::max(big[l], sum[l] / threads);
+                std::printf("block tree: %zu levels; bound of the level-parallel sweeps' speed-up at %d threads %.2f\n",
+                            n_levels, threads, bound > 0 ? total / bound : 1.0);
+            }
+            std::printf("single-vector sweeps (median of %d, min to max): forward 1 thread %.4f s (%.4f to %.4f), "
+                        "%d threads %.4f s (%.4f to %.4f); solve 1 thread %.4f s (%.4f to %.4f), %d threads %.4f s "
+                        "(%.4f to %.4f)\n",
+                        sweep_reps, median(f1), spread(f1).first, spread(f1).second, threads, median(ft),
+                        spread(ft).first, spread(ft).second, median(s1), spread(s1).first, spread(s1).second,
+                        threads, median(st), spread(st).first, spread(st).second);
+        }
     }
 
     if (order_only) {
@@ -430,6 +502,17 @@ int main(int argc, char** argv) {
                     nbr_blocks, (unsigned long long)totals.profile, nnz_L_exact, flops_skyline, flops_cj2);
         std::printf("ordering %.3f s (median of %d), peak memory %.1f MB\n", median(t_order), reps, peak_MB());
         return 0;
+    }
+    if (solution_file) {
+        // The solution of the last repetition, raw doubles in the original order, so
+        // that runs can be compared bit for bit.
+        std::FILE* f = std::fopen(solution_file, "wb");
+        if (!f || std::fwrite(x.data(), sizeof(double), x.size(), f) != x.size()) {
+            std::fprintf(stderr, "factor_bench: cannot write %s\n", solution_file);
+            if (f) std::fclose(f);
+            return 1;
+        }
+        std::fclose(f);
     }
     std::vector<double> Ax;
     mult(A, x, Ax);
@@ -440,15 +523,16 @@ int main(int argc, char** argv) {
     }
     const double residual = std::sqrt(rn) / std::max(std::sqrt(bn), 1e-300);
     const double to = median(t_order), ta = median(t_assemble), tf = median(t_factor), ts = median(t_solve);
+    const double ts10 = median(t_solve10), tfc = median(t_factor_cpu);
     const double factor_MB = double(totals.profile + 2 * totals.nbr_segments) * 8.0 / 1048576.0;
     const double peak = peak_MB();
 
     std::printf("blocks %zu, stored factor entries %llu (%.1f MB with the segment tables), exact nnz(L) %.4g\n",
                 nbr_blocks, (unsigned long long)totals.profile, factor_MB, nnz_L_exact);
     std::printf("pivots: lowest %.6e, highest %.6e\n", pivot_min, pivot_max);
-    std::printf("times (median of %d, %d thread%s): ordering %.3f s, assembly %.3f s, factorisation %.3f s, "
-                "solve %.4f s\n",
-                reps, threads, threads > 1 ? "s" : "", to, ta, tf, ts);
+    std::printf("times (median of %d, %d thread%s): ordering %.3f s, assembly %.3f s, factorisation %.3f s "
+                "(processor %.3f s), solve %.4f s, solve of 10 right-hand sides %.4f s\n",
+                reps, threads, threads > 1 ? "s" : "", to, ta, tf, tfc, ts, ts10);
     std::printf("flops: skyline %.4g (%.2f GFLOP/s), kernels' own count %.4g, sum c_j^2 %.4g (%.2f GFLOP/s)\n",
                 flops_skyline, flops_skyline / tf * 1e-9, flops_kernel, flops_cj2, flops_cj2 / tf * 1e-9);
     std::printf("relative residual %.3e, peak memory %.1f MB\n", residual, peak);
@@ -476,10 +560,10 @@ int main(int argc, char** argv) {
     const char* name = std::strrchr(mtx, '/');
     std::printf("{\"matrix\":\"%s\",\"n\":%zu,\"nnzA_lower\":%zu,\"nbr_blocks\":%zu,\"nnz_L\":%llu,"
                 "\"nnz_L_exact\":%.0f,\"factor_MB\":%.6g,\"flops\":%.6g,\"flops_cj2\":%.6g,\"flops_kernel\":%.6g,"
-                "\"t_order\":%.6g,\"t_assemble\":%.6g,\"t_factor\":%.6g,\"t_solve\":%.6g,\"gflops\":%.4g,"
+                "\"t_order\":%.6g,\"t_assemble\":%.6g,\"t_factor\":%.6g,\"t_factor_cpu\":%.6g,\"t_solve\":%.6g,\"t_solve10\":%.6g,\"gflops\":%.4g,"
                 "\"gflops_cj2\":%.4g,\"residual\":%.3e,\"peak_MB\":%.1f,\"threads\":%d,\"reps\":%d%s}\n",
                 name ? name + 1 : mtx, A.n, A.val.size(), nbr_blocks, (unsigned long long)totals.profile,
-                nnz_L_exact, factor_MB, flops_skyline, flops_cj2, flops_kernel, to, ta, tf, ts,
+                nnz_L_exact, factor_MB, flops_skyline, flops_cj2, flops_kernel, to, ta, tf, tfc, ts, ts10,
                 flops_skyline / tf * 1e-9, flops_cj2 / tf * 1e-9, residual, peak, threads, reps, peer_json.c_str());
     return 0;
 }

@@ -8,14 +8,19 @@ namespace core {
 namespace kernels {
 
 double dot_parallel(const double* a, const double* b, std::size_t n, int n_threads) {
-    if (n < 16385 || n_threads < 2) return dot(a, b, n);
-    double s = 0;
+    if (n < 16385) return dot(a, b, n);
+    // A long dot is cut into 64 fixed chunks whose sums are added in chunk order, so
+    // that its bits do not depend on the number of threads nor on their timing.
     const std::ptrdiff_t chunks = 64;
-#pragma omp parallel for num_threads(n_threads) reduction(+ : s) schedule(static)
+    double part[chunks];
+    const int t = n_threads < 2 ? 1 : (n_threads > chunks ? int(chunks) : n_threads);
+#pragma omp parallel for num_threads(t) schedule(static) if (t > 1)
     for (std::ptrdiff_t c = 0; c < chunks; ++c) {
         const std::size_t b0 = n * std::size_t(c) / chunks, b1 = n * std::size_t(c + 1) / chunks;
-        s += dot(a + b0, b + b0, b1 - b0);
+        part[c] = dot(a + b0, b + b0, b1 - b0);
     }
+    double s = 0;
+    for (std::ptrdiff_t c = 0; c < chunks; ++c) s += part[c];
     return s;
 }
 

@@ -33,7 +33,8 @@ inline double dot(const double* a, const double* b, std::size_t n) {
 }
 
 // The dot product split over up to n_threads threads when it is long (16385 values
-// or more); a plain dot otherwise.
+// or more), summed in fixed chunks (the same bits for any thread count); a plain dot
+// otherwise.
 double dot_parallel(const double* a, const double* b, std::size_t n, int n_threads);
 
 // y += alpha * x

@@ -7,6 +7,7 @@
 #include <cassert>
 #include <cstring>
 #include <new>
+#include <thread>
 #include <vector>
 
 #include "linalg/dense_kernels.h"
@@ -36,12 +37,74 @@ struct pending_piece {
 };
 const std::size_t max_pending = 4;
 
-// Work arrays of one thread of a nested region: a tile of U and the products that
-// wait for the lock.
+std::size_t bytes_of(const pending_piece& pp) {
+    return pp.S.capacity() * sizeof(double) + (pp.al.capacity() + pp.bl.capacity()) * sizeof(std::size_t);
+}
+
+// Where the products of a unit go: for each of its extra columns (in the unit's
+// sorted order) the global column, the run of later blocks it falls in and its row of
+// base addresses (entry of row r of run i at sbase[k][i] + r, null for none); the
+// block of each run.
+struct scatter_map {
+    const std::size_t* scol;
+    const std::size_t* srun;
+    double* const* const* sbase;
+    const std::size_t* run_block;
+};
+
+// Subtracts a product from the later blocks. The entry of a pair goes to the segment
+// of the later of the two columns, at the row of the earlier one. Walking both lists
+// in column order makes the additions run down the target segments.
+void scatter(symmetric_hybrid_OOC<double>& A, const scatter_map& sm, const pending_piece& pp) {
+    const std::size_t* scol = sm.scol;
+    const std::size_t* srun = sm.srun;
+    const double* S = pp.S.data();
+    const std::size_t wa = pp.pa1 - pp.pa0, pa0 = pp.pa0, pb0 = pp.pb0;
+    for (std::size_t bb : pp.bl) {  // column of bb after the row's
+        const double* Sc = S + (bb - pb0) * wa - pa0;
+        const std::size_t cb = scol[bb];
+        double* const* base_b = sm.sbase[bb];
+        for (std::size_t a : pp.al) {
+            const std::size_t ca = scol[a];
+            if (ca >= cb) break;
+            double* const t = base_b[srun[a]];
+            if (a < bb && t) t[ca] -= Sc[a];
+        }
+    }
+    for (std::size_t a : pp.al) {  // column of a after the row's
+        const std::size_t ca = scol[a];
+        double* const* base_a = sm.sbase[a];
+        const double* Sr = S + (a - pa0) - pb0 * wa;
+        for (std::size_t bb : pp.bl) {
+            const std::size_t cb = scol[bb];
+            if (cb >= ca) break;
+            double* const t = base_a[srun[bb]];
+            if (a < bb && t) t[cb] -= Sr[bb * wa];
+        }
+    }
+    for (std::size_t bb = std::max(pa0, pb0); bb < std::min(pp.pa1, pp.pb1); ++bb) {
+        symmetric_hybrid_OOC<double>::block_type& q = A.block(sm.run_block[srun[bb]]);
+        q.diag()[scol[bb] - q.first()] -= S[(bb - pa0) + (bb - pb0) * wa];
+    }
+}
+
+// The products of a unit that wait for its turn, with a copy of its scatter map (the
+// thread's work arrays go on to the next unit).
+struct kept_unit {
+    std::vector<std::size_t> scol, srun, run_block;
+    std::vector<double*> base;
+    std::vector<double* const*> sbase;
+    std::vector<pending_piece> pieces;
+    scatter_map map() const { return scatter_map{scol.data(), srun.data(), sbase.data(), run_block.data()}; }
+};
+
+// Work arrays of one thread of a nested region: a tile of U, the products that wait
+// for the lock, and those that wait for the unit's turn.
 struct inner_work {
     std::vector<double> tileU;
     std::vector<pending_piece> pending;
     std::size_t n_pending = 0;
+    std::vector<pending_piece> kept;
 };
 
 // A piece of a column of a unit of work: `len` values at `data`, for the rows
@@ -65,6 +128,10 @@ struct block_work_arrays {
     std::vector<std::size_t> scol, srun;
     std::vector<double* const*> sbase;
     std::vector<inner_work> inner;
+    std::size_t map_columns = 0, map_runs = 0;  // e and m of the unit's scatter map
+    scatter_map map() const {
+        return scatter_map{scol.data(), srun.data(), sbase.data(), run_block.data()};
+    }
 };
 
 template <class V>
@@ -80,6 +147,101 @@ struct factor_state {
     omp_lock_t lock;  // updates into later blocks and the error word
     int error = 0;
     double flops = 0;
+
+    // Units factored side by side may add into the same entries of a later block.
+    // So that the sums do not depend on the threads' timing, the units of a group
+    // add their updates in the order of their rank in the group: a unit adds at once
+    // while all the units before it are done, and otherwise keeps its products until
+    // its turn comes. All of this is under the lock. The kept products are bounded:
+    // beyond max_kept_bytes a unit waits for its turn instead of keeping more.
+    bool ordered = false;
+    std::size_t turn = 0;
+    std::vector<char> done;
+    std::vector<kept_unit> waiting;
+    std::size_t kept_bytes = 0;  // changed atomically
+
+    static const std::size_t max_kept_bytes = std::size_t(64) << 20;
+    bool in_turn(std::size_t rank) const { return !ordered || rank == turn; }
+    void apply(const scatter_map& sm, std::vector<pending_piece>& pieces) {
+        std::size_t b = 0;
+        for (const pending_piece& pp : pieces) {
+            scatter(*A, sm, pp);
+            b += bytes_of(pp);
+        }
+#pragma omp atomic
+        kept_bytes -= b;
+        pieces.clear();
+    }
+    // Called with the lock held by a unit that is about to keep products: while too
+    // much is kept already, it gives the lock up in turns until its rank comes (the
+    // units before it are all running, so it does come) or an error stops the work.
+    bool wait_turn_if_full(std::size_t rank) {
+        std::size_t kept;
+#pragma omp atomic read
+        kept = kept_bytes;
+        if (kept <= max_kept_bytes) return in_turn(rank);
+        while (!in_turn(rank) && !error) {
+            omp_unset_lock(&lock);
+            std::this_thread::yield();
+            omp_set_lock(&lock);
+        }
+        return in_turn(rank);
+    }
+    void begin_group(std::size_t n_units) {
+        ordered = n_units > 1;
+        turn = 0;
+        done.assign(n_units, 0);
+        waiting.resize(n_units);
+    }
+    // A unit has computed all its products: they are added now if its turn has come,
+    // and so are the kept ones of the finished units behind it; else they are kept.
+    void unit_done(std::size_t rank, block_work_arrays& ws) {
+        omp_set_lock(&lock);
+        try {
+            unit_done_locked(rank, ws);
+        } catch (const std::bad_alloc&) {
+            if (!error) error = fem::error_memory;
+            for (inner_work& iw : ws.inner) iw.kept.clear();
+        }
+        omp_unset_lock(&lock);
+    }
+    void unit_done_locked(std::size_t rank, block_work_arrays& ws) {
+        if (in_turn(rank)) {
+            for (inner_work& iw : ws.inner) apply(ws.map(), iw.kept);
+            if (ordered) {
+                ++turn;
+                for (; turn < done.size() && done[turn]; ++turn) apply(waiting[turn].map(), waiting[turn].pieces);
+            }
+        } else {
+            kept_unit& ku = waiting[rank];
+            for (inner_work& iw : ws.inner)
+                for (pending_piece& pp : iw.kept) {
+                    ku.pieces.emplace_back();
+                    std::swap(ku.pieces.back(), pp);
+                }
+            if (!ku.pieces.empty()) {
+                const std::size_t e = ws.map_columns, m = ws.map_runs;
+                ku.scol.assign(ws.scol.begin(), ws.scol.begin() + std::ptrdiff_t(e));
+                ku.srun.assign(ws.srun.begin(), ws.srun.begin() + std::ptrdiff_t(e));
+                ku.run_block.assign(ws.run_block.begin(), ws.run_block.begin() + std::ptrdiff_t(m));
+                ku.base.assign(ws.base.begin(), ws.base.begin() + std::ptrdiff_t(e * m));
+                ku.sbase.resize(e);
+                for (std::size_t k = 0; k < e; ++k) ku.sbase[k] = ku.base.data() + (ws.sbase[k] - ws.base.data());
+            }
+            for (inner_work& iw : ws.inner) iw.kept.clear();
+            done[rank] = 1;
+        }
+    }
+    // After the group's barrier: what is still kept (units that finished while an
+    // earlier one was running) goes in rank order.
+    void end_group() {
+        for (kept_unit& ku : waiting) {
+            if (!error && !ku.pieces.empty()) apply(ku.map(), ku.pieces);
+            ku = kept_unit();
+        }
+        ordered = false;
+        kept_bytes = 0;
+    }
 
     bool check_pivot(double& d, std::size_t pos) {
         if (!serialize_checks) return (*check)(d, pos);
@@ -163,7 +325,8 @@ int factor_own(factor_state& st, block_work_arrays& ws, std::size_t n, std::size
 // columns of the unit are the own columns of its blocks and the extra segments of
 // its blocks that fall inside it; its extra columns are the union of the extra
 // segments beyond it. inner = threads for the nested regions of this unit.
-int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_arrays& ws, int inner) {
+int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_arrays& ws, int inner,
+               std::size_t rank) {
     symmetric_hybrid_OOC<double>& A = *st.A;
     const std::size_t f = A.block(b0).first(), l = A.block(b1 - 1).last();
     const std::size_t n = l - f;
@@ -387,8 +550,9 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
         ws.sbase[k] = ws.base.data() + ord[k] * m;
     }
     const std::size_t* scol = ws.scol.data();
-    const std::size_t* srun = ws.srun.data();
-    double* const* const* sbase = ws.sbase.data();
+    ws.map_columns = e;
+    ws.map_runs = m;
+    const scatter_map smap = ws.map();
     double fl_upd = 0;
 #pragma omp parallel for num_threads(t_inner) schedule(dynamic, 1) if (t_inner > 1) reduction(+ : fl_upd)
     for (std::ptrdiff_t tr = 0; tr < std::ptrdiff_t(nt); ++tr) {
@@ -411,39 +575,6 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
         if (hT == 0) continue;
         // Pieces of the product: whole tiles A < T, and for A == T the upper part in
         // chunks of columns, so that only the diagonal chunks are computed twice.
-        // The entry of a pair goes to the segment of the later of the two columns, at
-        // the row of the earlier one. Walking both lists in column order makes the
-        // additions run down the target segments.
-        auto scatter = [&](const pending_piece& pp) {
-            const double* S = pp.S.data();
-            const std::size_t wa = pp.pa1 - pp.pa0, pa0 = pp.pa0, pb0 = pp.pb0;
-            for (std::size_t bb : pp.bl) {  // column of bb after the row's
-                const double* Sc = S + (bb - pb0) * wa - pa0;
-                const std::size_t cb = scol[bb];
-                double* const* base_b = sbase[bb];
-                for (std::size_t a : pp.al) {
-                    const std::size_t ca = scol[a];
-                    if (ca >= cb) break;
-                    double* const t = base_b[srun[a]];
-                    if (a < bb && t) t[ca] -= Sc[a];
-                }
-            }
-            for (std::size_t a : pp.al) {  // column of a after the row's
-                const std::size_t ca = scol[a];
-                double* const* base_a = sbase[a];
-                const double* Sr = S + (a - pa0) - pb0 * wa;
-                for (std::size_t bb : pp.bl) {
-                    const std::size_t cb = scol[bb];
-                    if (cb >= ca) break;
-                    double* const t = base_a[srun[bb]];
-                    if (a < bb && t) t[cb] -= Sr[bb * wa];
-                }
-            }
-            for (std::size_t bb = std::max(pa0, pb0); bb < std::min(pp.pa1, pp.pb1); ++bb) {
-                block_type& q = A.block(ws.run_block[srun[bb]]);
-                q.diag()[scol[bb] - q.first()] -= S[(bb - pa0) + (bb - pb0) * wa];
-            }
-        };
         // Products wait in a few buffers while another thread holds the lock.
         auto flush = [&](bool wait) {
             if (iw.n_pending == 0) return;
@@ -451,8 +582,20 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
                 omp_set_lock(&st.lock);
             else if (!omp_test_lock(&st.lock))
                 return;
-            for (std::size_t k = 0; k < iw.n_pending; ++k) scatter(iw.pending[k]);
+            const bool now = st.in_turn(rank) || st.wait_turn_if_full(rank);
+            if (now)
+                for (std::size_t k = 0; k < iw.n_pending; ++k) scatter(A, smap, iw.pending[k]);
             omp_unset_lock(&st.lock);
+            if (!now) {
+                std::size_t added = 0;
+                for (std::size_t k = 0; k < iw.n_pending; ++k) {
+                    iw.kept.emplace_back();
+                    std::swap(iw.kept.back(), iw.pending[k]);
+                    added += bytes_of(iw.kept.back());
+                }
+#pragma omp atomic
+                st.kept_bytes += added;
+            }
             iw.n_pending = 0;
         };
         auto piece = [&](std::size_t pa0, std::size_t pa1, std::size_t pb0, std::size_t pb1) {
@@ -583,7 +726,7 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                 if (rc) break;
                 form_units(*this, b, w1, units);
                 for (std::size_t u = 0; !rc && u + 1 < units.size(); ++u)
-                    rc = block_work(st, units[u], units[u + 1], ws, 1);
+                    rc = block_work(st, units[u], units[u + 1], ws, 1, 0);
                 b = w1;
             }
         } else {
@@ -650,16 +793,26 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
                         }
                         const int t = int(std::min<std::size_t>(std::size_t(T), g1 - g0));
                         const int inner = T / t;
+                        st.begin_group(g1 - g0);
 #pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
                         for (std::ptrdiff_t gi = std::ptrdiff_t(g0); gi < std::ptrdiff_t(g1); ++gi) {
                             if (st.error) continue;
                             const std::size_t u = lv[std::size_t(gi)];
+                            const std::size_t rank = std::size_t(gi) - g0;
+                            block_work_arrays& w = ws[std::size_t(omp_get_thread_num())];
+                            bool threw = true;
                             const int r = guarded([&] {
-                                return block_work(st, units[u], units[u + 1], ws[std::size_t(omp_get_thread_num())],
-                                                  inner);
+                                const int rc = block_work(st, units[u], units[u + 1], w, inner, rank);
+                                st.unit_done(rank, w);
+                                threw = false;
+                                return rc;
                             });
+                            // Products kept for later blocks are dropped with the failed unit.
+                            if (threw)
+                                for (inner_work& iw : w.inner) iw.kept.clear();
                             if (r) st.set_error(r);
                         }
+                        st.end_group();
                         g0 = g1;
                     }
                     if (st.error) break;
@@ -681,16 +834,38 @@ int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_c
 
 // ---- solves ---------------------------------------------------------------------
 
+namespace {
+
+// Levels of the block tree: a block is one level above the highest of its children,
+// leaves are level 0. by_level lists the blocks of each level in ascending order.
+void tree_levels(const symmetric_hybrid_OOC<double>& A, std::vector<std::uint64_t>& level,
+                 std::vector<std::vector<std::uint64_t>>& by_level) {
+    const std::uint64_t nb = A.nbr_blocks();
+    level.assign(std::size_t(nb), 0);
+    std::uint64_t max_level = 0;
+    for (std::uint64_t b = 0; b < nb; ++b) {
+        const unsigned int p = A.parent_of(std::size_t(b));
+        if (p != ~0u) level[p] = std::max(level[p], level[std::size_t(b)] + 1);
+        max_level = std::max(max_level, level[std::size_t(b)]);
+    }
+    by_level.assign(std::size_t(max_level + 1), std::vector<std::uint64_t>());
+    for (std::uint64_t b = 0; b < nb; ++b) by_level[std::size_t(level[std::size_t(b)])].push_back(b);
+}
+
+}  // namespace
+
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_block(const block_type& blk, double* y,
                                                                     double* energy, bool diagonal,
-                                                                    int n_threads) const {
+                                                                    int n_threads, double* extra_out) const {
     const std::size_t n = std::size_t(blk.n_own), f = blk.first(), l = blk.last(), ns = blk.nbr_segments();
     const segment_type* tab = blk.table();
     const double* begin = blk.diag() + n;
     for (std::size_t k = 0; k < ns; ++k) {
         const double* end = tab[k].end;
         const std::size_t h = std::size_t(end - begin);
-        if (h) {
+        if (k >= n && extra_out)
+            extra_out[k - n] = h ? kernels::dot_parallel(begin, y + l - h, h, n_threads) : 0.0;
+        else if (h) {
             const std::size_t c = std::size_t(tab[k].column);
             y[c] -= kernels::dot_parallel(begin, y + (k < n ? c : l) - h, h, n_threads);
         }
@@ -721,22 +896,95 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block(const block_
     }
 }
 
-double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, int n_threads) const {
+double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, bool diagonal,
+                                                                    int n_threads) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     double energy = 0;
-    for_each_block(true, [&](std::uint64_t, const block_type& blk) {
-        forward_block(blk, y, &energy, true, n_threads);
-        return 0;
-    });
+    const std::uint64_t nb = nbr_blocks();
+    auto serial = [&] {
+        for_each_block(true, [&](std::uint64_t, const block_type& blk) {
+            forward_block(blk, y, diagonal ? &energy : nullptr, diagonal, n_threads);
+            return 0;
+        });
+        return energy;
+    };
+    if (n_threads < 2 || nb < 2 || profile() < 16385 || !all_incore()) return serial();
+
+    // By levels of the tree, leaves first. Blocks of one level write their own rows
+    // only: the dots of their extra segments go to one slot each, and a block, before
+    // its own rows, subtracts the slots aimed at them in the order of the source
+    // blocks. Every entry thus takes the same operations in the same order as in the
+    // serial sweep, and the result has its bits.
+    // The tables are built before y is touched: without memory for them, the serial
+    // sweep does the work.
+    std::vector<std::uint64_t> level;
+    std::vector<std::vector<std::uint64_t>> by_level;
+    std::vector<std::size_t> slot0, pull_ptr, pull_slot;
+    std::vector<unsigned int> pull_row;
+    std::vector<double> slots, block_energy;
+    try {
+        tree_levels(*this, level, by_level);
+        slot0.assign(std::size_t(nb) + 1, 0);
+        pull_ptr.assign(std::size_t(nb) + 1, 0);
+        for (std::uint64_t b = 0; b < nb; ++b) {
+            const block_type& blk = block(b);
+            slot0[std::size_t(b) + 1] = slot0[std::size_t(b)] + blk.nbr_extra();
+            for (std::size_t k = std::size_t(blk.n_own); k < blk.nbr_segments(); ++k) {
+                const unsigned int q = block_of(std::size_t(blk.table()[k].column));
+                // An update into a block that is not above its source in the tree
+                // would break the level order; the serial sweep handles any profile.
+                if (level[q] <= level[std::size_t(b)]) return serial();
+                ++pull_ptr[std::size_t(q) + 1];
+            }
+        }
+        for (std::size_t q = 0; q < std::size_t(nb); ++q) pull_ptr[q + 1] += pull_ptr[q];
+        const std::size_t n_slots = slot0[std::size_t(nb)];
+        pull_row.resize(n_slots);
+        pull_slot.resize(n_slots);
+        std::vector<std::size_t> fill(pull_ptr.begin(), pull_ptr.end() - 1);
+        for (std::uint64_t b = 0; b < nb; ++b) {
+            const block_type& blk = block(b);
+            const std::size_t n = std::size_t(blk.n_own);
+            for (std::size_t k = n; k < blk.nbr_segments(); ++k) {
+                const std::size_t c = std::size_t(blk.table()[k].column);
+                const std::size_t p = fill[block_of(c)]++;
+                pull_row[p] = unsigned(c);
+                pull_slot[p] = slot0[std::size_t(b)] + (k - n);
+            }
+        }
+        slots.resize(n_slots);
+        block_energy.resize(diagonal ? std::size_t(nb) : 0);
+    } catch (const std::bad_alloc&) {
+        return serial();
+    }
+    for (const std::vector<std::uint64_t>& blocks : by_level) {
+        // A level with little work is not worth a fork and a join.
+        std::size_t values = 0;
+        for (std::uint64_t b : blocks) values += block(b).values.size();
+        const int t = values < 2 * 16384 ? 1 : int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
+        const int inner = n_threads / t;
+        // Small blocks are handed out by runs of about 16384 values.
+        const int chunk = int(std::max<std::size_t>(1, 16384 * blocks.size() / std::max<std::size_t>(values, 1)));
+#pragma omp parallel for num_threads(t) schedule(dynamic, chunk) if (t > 1)
+        for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(blocks.size()); ++i) {
+            const std::size_t b = std::size_t(blocks[std::size_t(i)]);
+            for (std::size_t p = pull_ptr[b]; p < pull_ptr[b + 1]; ++p) y[pull_row[p]] -= slots[pull_slot[p]];
+            double e = 0;
+            forward_block(block(b), y, diagonal ? &e : nullptr, diagonal, inner, slots.data() + slot0[b]);
+            if (diagonal) block_energy[b] = e;
+        }
+    }
+    for (double e : block_energy) energy += e;
     return energy;
+}
+
+double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* y, int n_threads) const {
+    return forward_sweep(y, true, n_threads);
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward_only(double* y, int n_threads) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
-    for_each_block(true, [&](std::uint64_t, const block_type& blk) {
-        forward_block(blk, y, nullptr, false, n_threads);
-        return 0;
-    });
+    forward_sweep(y, false, n_threads);
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* y) const {
@@ -761,15 +1009,14 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, i
     }
     // A block reads the rows of its ancestors and writes only its own: the blocks of
     // one level of the tree run in parallel, from the root down.
-    std::vector<std::uint64_t> level(std::size_t(nb), 0);
-    std::uint64_t max_level = 0;
-    for (std::uint64_t b = 0; b < nb; ++b) {
-        const unsigned int p = parent_of(std::size_t(b));
-        if (p != ~0u) level[p] = std::max(level[p], level[std::size_t(b)] + 1);
-        max_level = std::max(max_level, level[std::size_t(b)]);
+    std::vector<std::uint64_t> level;
+    std::vector<std::vector<std::uint64_t>> by_level;
+    try {
+        tree_levels(*this, level, by_level);
+    } catch (const std::bad_alloc&) {
+        for (std::uint64_t b = nb; b-- > 0;) backward_block(block(b), y);
+        return;
     }
-    std::vector<std::vector<std::uint64_t>> by_level(std::size_t(max_level + 1));
-    for (std::uint64_t b = 0; b < nb; ++b) by_level[std::size_t(level[std::size_t(b)])].push_back(b);
     for (std::size_t lv = by_level.size(); lv-- > 0;) {
         const std::vector<std::uint64_t>& blocks = by_level[lv];
         const int t = int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));

@@ -30,7 +30,9 @@ struct pivot_callback {
 // column j) and its diagonal holds 1 / D.
 //
 // Threads: factorize and the solves open their own OpenMP regions with the counts
-// given; the system BLAS is kept to one thread of its own while they run.
+// given; the system BLAS is kept to one thread of its own while they run. Runs at
+// one thread count give the same bits every time; the single-vector sweeps give the
+// same bits at any thread count, but the factors depend on it at round-off level.
 template <>
 class symmetric_L_D_Lt<symmetric_hybrid_OOC<double>> : public symmetric_hybrid_OOC<double> {
 public:
@@ -103,7 +105,12 @@ public:
 
 private:
     int factorize_impl(const pivot_callback& check, std::size_t cache_bytes, int n_threads);
-    void forward_block(const block_type& blk, double* y, double* energy, bool diagonal, int n_threads = 1) const;
+    // Forward sweep of one block. With extra_out, the dots of the extra segments go
+    // there (one a segment) instead of being subtracted from y.
+    void forward_block(const block_type& blk, double* y, double* energy, bool diagonal, int n_threads = 1,
+                       double* extra_out = nullptr) const;
+    // Single-vector forward sweep, serial or by levels of the block tree.
+    double forward_sweep(double* y, bool diagonal, int n_threads) const;
     void backward_block(const block_type& blk, double* y) const;
 
     bool factored_ = false;
