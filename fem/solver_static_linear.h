@@ -84,6 +84,20 @@ struct has_strain_energy : std::false_type {};
 template <class D>
 struct has_strain_energy<D, std::void_t<decltype(std::declval<D&>().strain_energy)>> : std::true_type {};
 
+// The matrix of solutions of a data record: U, or S_modes for a record that names its
+// static solutions so (the modal run's).
+template <class D, class = void>
+struct has_static_modes : std::false_type {};
+template <class D>
+struct has_static_modes<D, std::void_t<decltype(std::declval<D&>().S_modes)>> : std::true_type {};
+template <class D>
+fem::FEM_states& solution_of(D& data) {
+    if constexpr (has_static_modes<D>::value)
+        return data.S_modes;
+    else
+        return data.U;
+}
+
 }  // namespace internal
 
 // Settings: the settings_type of the linear static run (or one with the same members).
@@ -232,8 +246,8 @@ protected:
     int assemble_into(unsigned matrix_code, matrix_assembler_base& assembler, const assembly_params& params);
     void assemble_Ks(Data& data);
     void assemble_Kf(Data& data);
-    // Ks added into Kf through the IDs of both.
-    void scatter_Ks_into_Kf(const sparse_type& Ks, skyline_type& Kf) const;
+    // factor times Ks added into Kf through the IDs of both.
+    void scatter_Ks_into_Kf(const sparse_type& Ks, skyline_type& Kf, double factor = 1.0) const;
     void log_Ks_statistics(const sparse_type& Ks) const;
     void log_text_lines(unsigned level, const std::string& text) const;
     template <class Checker>
@@ -367,13 +381,14 @@ void solver_static_linear<Types, Settings, Data>::clear_unkept(Data& data) {
     if (!(keep & 2)) data.F = fem::FEM_matrix();
     if (!(keep & 16)) data.Ks = fem::FEM_SymSparse();
     if (!(keep & 32)) data.Kf = fem::FEM_factor();
-    if (!(settings().output_mask & 64)) data.U = fem::FEM_states();
+    if (!(settings().output_mask & 64)) internal::solution_of(data) = fem::FEM_states();
 }
 
 template <class Types, class Settings, class Data>
 bool solver_static_linear<Types, Settings, Data>::make_resident(Data& data) {
     bool ok = true;
-    if (data.U.is_valid() && !data.U.is_all_incore()) ok = data.U.force_incore() && ok;
+    fem::FEM_states& U = internal::solution_of(data);
+    if (U.is_valid() && !U.is_all_incore()) ok = U.force_incore() && ok;
     if (data.F.is_valid() && !data.F.is_all_incore() && !(settings().input_mask & 2))
         ok = data.F.force_incore() && ok;
     release();

@@ -1,0 +1,392 @@
+// Modal run: spring-mass chains with frequencies in closed form, Sturm counts of
+// ranges, a hexa8 bar against rod and beam theory, the rigid modes of a free block,
+// the log lines, repeatability and bad input.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <orv/fem/DOFs_mgr.h>
+#include <orv/fem/context.h>
+#include <orv/fem/law_scalar.h>
+#include <orv/fem/law_solid_stiff.h>
+#include <orv/fem/model_line_mass.h>
+#include <orv/fem/model_solid.h>
+#include <orv/fem/model_solid_mass.h>
+#include <orv/fem/numerical_model_composite.h>
+#include <orv/fem/numerical_model_mass.h>
+#include <orv/fem/numerical_model_stiff.h>
+#include <orv/fem/problem_data.h>
+#include <orv/fem/solver_modal.h>
+#include <orv/fem/stiffness_sym.h>
+
+#include "orvmath1/dense2D.h"
+#include "orvmath1/symmetric_full.h"
+#include "tests/common/log_capture.h"
+
+namespace orv {
+namespace {
+
+using fem::solver_modal;
+constexpr double two_pi = 6.283185307179586;
+
+// n free masses on x between springs k, nodes 0 and n + 1 held: n + 1 springs and
+// n + 1 line-mass elements of unit length and density rho. Lumped, each free node
+// carries rho; consistent, M = rho / 6 tridiag(1, 4, 1).
+struct chain {
+    fem::context ctx;
+    dense2D<double> pos;
+    fem::DOFs_mgr table;
+    fem::numerical_model_composite comp;
+    fem::problem_data problem;
+    std::vector<fem::numerical_model_base> held;
+    unsigned n;
+    double k, rho;
+
+    chain(unsigned n_free, double k_, double rho_, bool with_mass = true, std::size_t cases = 0)
+        : pos(3, n_free + 2, 0.0), table(n_free + 2, false), comp(ctx), n(n_free), k(k_), rho(rho_) {
+        for (unsigned j = 1; j <= n; ++j) table.set(9ull * j, true);
+        for (unsigned j = 0; j < n + 2; ++j) pos(0, j) = double(j);
+        for (unsigned i = 0; i <= n; ++i) {
+            symmetric_full<double> K(2, 0.0);
+            K(0, 0) = K(1, 1) = k;
+            K(1, 0) = -k;
+            dense1D<unsigned int> ids(2);
+            ids[0] = 9 * i;
+            ids[1] = 9 * (i + 1);
+            fem::stiffness_sym spring(ctx, K, ids, 1);
+            comp.insert(spring.ID());
+            held.push_back(spring);
+        }
+        if (with_mass) {
+            fem::law_scalar density(ctx, rho);
+            fem::model_line_mass physics(density);
+            dense2D<unsigned int> conn(2, n + 1, 0u);
+            for (unsigned i = 0; i <= n; ++i) {
+                conn(0, i) = i;
+                conn(1, i) = i + 1;
+            }
+            fem::numerical_model_mass mass(ctx, physics, conn, fem::FE_edge2);
+            EXPECT_TRUE(mass.is_valid());
+            comp.insert(mass.ID());
+            held.push_back(mass);
+        }
+        problem = fem::problem_data(ctx, pos, table, comp.ID(), cases);
+    }
+    // Frequency j (from 1) in Hz.
+    double frequency(unsigned j, bool lumped) const {
+        const double c = std::cos(double(j) * M_PI / double(n + 1));
+        const double lambda = lumped ? 2.0 * k * (1.0 - c) / rho : 6.0 * k * (1.0 - c) / (rho * (2.0 + c));
+        return std::sqrt(lambda) / two_pi;
+    }
+};
+
+struct outcome {
+    solver_modal::data_type data;
+    test::log_capture log;
+};
+
+void run(const fem::problem_data& problem, solver_modal::settings_type s, outcome& out) {
+    out.log.attach(s);
+    solver_modal solver;
+    solver.settings = s;
+    out.data = solver_modal::data_type(problem);
+    solver.run(out.data);
+}
+
+std::string range_line(double l1, double l2, int count) {
+    char buf[128];
+    std::snprintf(buf, sizeof buf, "#modes in range [%+E %+E] : %d\n", l1, l2, count);
+    return buf;
+}
+
+TEST(ModalChain, FrequenciesAndModesInClosedForm) {
+    for (unsigned level : {1u, 2u}) {
+        const bool lumped = level == 2;
+        chain c(10, 3.0, 2.0);
+        solver_modal::settings_type s;
+        s.max_modes = 4;
+        s.mass_level = level;
+        s.tolerance = 1e-12;
+        s.max_iters = 200;
+        outcome o;
+        run(c.problem, s, o);
+        ASSERT_EQ(o.data.error_code, 0) << o.data.error_msg;
+        EXPECT_EQ(o.data.warning_code, 0);
+        ASSERT_EQ(o.data.frequencies.size(), 4u);
+        for (unsigned j = 1; j <= 4; ++j)
+            EXPECT_NEAR(o.data.frequencies[j - 1] / c.frequency(j, lumped), 1.0, 1e-8) << level << " " << j;
+        // Lumped modes: unit mass, sin shapes.
+        ASSERT_EQ(o.data.D_modes.cols(), 4u);
+        if (lumped) {
+            for (unsigned j = 0; j < 4; ++j) {
+                double m = 0.0, ratio = 0.0;
+                for (unsigned i = 1; i <= c.n; ++i) {
+                    double x = 0.0;
+                    ASSERT_EQ(o.data.D_modes.get_val(9 * i, j, x), fem::no_error);
+                    m += c.rho * x * x;
+                    const double shape = std::sin(double((j + 1) * i) * M_PI / double(c.n + 1));
+                    if (i == 1) ratio = x / shape;
+                    EXPECT_NEAR(x, ratio * shape, 1e-7);
+                }
+                EXPECT_NEAR(m, 1.0, 1e-10);
+            }
+        }
+        EXPECT_TRUE(o.log.has("#modes in range [+0.000000E+00 +INF] : 10\n"));
+        EXPECT_TRUE(o.log.has("  !! => limited to 4 modes.\n"));
+        EXPECT_TRUE(o.log.has("Ritz-space size          :         10\n"));  // min(20, 32) + 4, cut to 10
+        EXPECT_TRUE(o.log.has("Dynamic modes actually computed    : 4\n"));
+        EXPECT_TRUE(o.log.has("Static modes actually computed     : 0\n"));
+        EXPECT_TRUE(o.log.has("Vibration frequencies (Hz) = [\n"));
+        EXPECT_TRUE(o.log.has("Factorization matrix Kf (shifted)  : "));  // open range from 0: s = 1
+    }
+}
+
+// The count of modes in [f_a, f_b] from the two Sturm counts is the number of closed
+// form frequencies in the range, and the run finds exactly those modes.
+TEST(ModalChain, SturmCountsMatchTheFrequenciesInTheRange) {
+    chain c(8, 5.0, 1.5);
+    std::vector<double> f;
+    for (unsigned j = 1; j <= c.n; ++j) f.push_back(c.frequency(j, true));
+    struct range {
+        double lo, hi;
+        int count;
+    };
+    const range ranges[] = {{0.0, 0.5 * (f[2] + f[3]), 3},
+                            {0.5 * (f[1] + f[2]), 0.5 * (f[5] + f[6]), 4},
+                            {0.5 * (f[6] + f[7]), 2.0 * f[7], 1},
+                            {0.0, 0.5 * f[0], 0}};
+    for (const range& r : ranges) {
+        solver_modal::settings_type s;
+        s.freq_min = r.lo;
+        s.freq_max = r.hi;
+        s.max_modes = 20;
+        s.mass_level = 2;
+        s.tolerance = 1e-10;
+        outcome o;
+        run(c.problem, s, o);
+        ASSERT_EQ(o.data.error_code, 0) << o.data.error_msg;
+        const double l1 = std::pow(two_pi * r.lo, 2), l2 = std::pow(two_pi * r.hi, 2);
+        EXPECT_TRUE(o.log.has(range_line(l1, l2, r.count))) << r.lo << " " << r.hi;
+        ASSERT_EQ(o.data.frequencies.size(), std::size_t(r.count));
+        for (int i = 0; i < r.count; ++i) {
+            EXPECT_GE(o.data.frequencies[i], r.lo);
+            EXPECT_LT(o.data.frequencies[i], r.hi);
+        }
+        // The modes found are the ones of the range, in order.
+        std::size_t first = 0;
+        while (first < f.size() && f[first] < r.lo) ++first;
+        for (int i = 0; i < r.count; ++i) EXPECT_NEAR(o.data.frequencies[i] / f[first + i], 1.0, 1e-7);
+        if (r.count == 0) {
+            EXPECT_EQ(o.data.warning_code, 0);
+            EXPECT_FALSE(o.log.has("Resolution  "));
+            EXPECT_FALSE(o.log.has("Lanczos hybrid algorithm."));
+            EXPECT_TRUE(o.log.has("Dynamic modes actually computed    : 0\n"));
+        }
+    }
+}
+
+TEST(ModalChain, StaticModesEnergiesAndRepeatability) {
+    // Two free masses, three springs k: a load P on node 1 gives u = P / (3 k) (2, 1).
+    chain c(2, 4.0, 1.0, true, 1);
+    c.problem.get_loads_mgr(0).record_DOF_load(9, 6.0);
+    solver_modal::settings_type s;
+    s.max_modes = 2;
+    outcome a, b;
+    run(c.problem, s, a);
+    run(c.problem, s, b);
+    ASSERT_EQ(a.data.error_code, 0) << a.data.error_msg;
+    double u1 = 0, u2 = 0;
+    ASSERT_EQ(a.data.S_modes.get_val(9, 0, u1), fem::no_error);
+    ASSERT_EQ(a.data.S_modes.get_val(18, 0, u2), fem::no_error);
+    EXPECT_NEAR(u1, 1.0, 1e-14);
+    EXPECT_NEAR(u2, 0.5, 1e-14);
+    ASSERT_EQ(a.data.energy.size(), 1u);
+    EXPECT_NEAR(a.data.energy[0], 3.0, 1e-13);
+    EXPECT_TRUE(a.log.has("Static modes actually computed     : 1\n"));
+    ASSERT_EQ(a.data.frequencies.size(), 2u);
+    ASSERT_EQ(b.data.frequencies.size(), 2u);
+    for (unsigned j = 0; j < 2; ++j) {
+        EXPECT_EQ(std::memcmp(&a.data.frequencies[j], &b.data.frequencies[j], sizeof(double)), 0);
+        for (unsigned i = 1; i <= 2; ++i) {
+            double x = 0, y = 0;
+            a.data.D_modes.get_val(9 * i, j, x);
+            b.data.D_modes.get_val(9 * i, j, y);
+            EXPECT_EQ(std::memcmp(&x, &y, sizeof x), 0);
+        }
+    }
+    // Consistent mass of the two-mass chain in closed form: M = 1/6 [[4, 1], [1, 4]],
+    // K = 4 [[2, -1], [-1, 2]]: lambda = 4 (2 -+ 1) / ((4 +- 1) / 6).
+    EXPECT_NEAR(a.data.frequencies[0], std::sqrt(24.0 / 5.0) / two_pi, 1e-9);
+    EXPECT_NEAR(a.data.frequencies[1], std::sqrt(72.0 / 3.0) / two_pi, 1e-9);
+}
+
+TEST(ModalChain, BadInputGetsItsWords) {
+    chain c(4, 1.0, 1.0);
+    struct bad {
+        double fmin, fmax, tol;
+        unsigned modes;
+    };
+    for (const bad& b : {bad{5.0, 1.0, 1e-3, 1}, bad{0.0, 1.0, 0.0, 1}, bad{0.0, 1.0, 1e-3, 0},
+                         bad{-1.0, 0.0, 1e-3, 1}, bad{0.0, NAN, 1e-3, 1}}) {
+        solver_modal::settings_type s;
+        s.freq_min = b.fmin;
+        s.freq_max = b.fmax;
+        s.tolerance = b.tol;
+        s.max_modes = b.modes;
+        outcome o;
+        run(c.problem, s, o);
+        EXPECT_EQ(o.data.error_code, fem::error_data);
+        EXPECT_STREQ(o.data.error_name, "SETTINGS ERROR");
+        EXPECT_STREQ(o.data.error_msg, "ORV solver_modal: invalid settings.");
+    }
+    // More modes wanted than DOFs: all four, without warning.
+    {
+        solver_modal::settings_type s;
+        s.max_modes = 50;
+        s.mass_level = 2;
+        outcome o;
+        run(c.problem, s, o);
+        EXPECT_EQ(o.data.error_code, 0) << o.data.error_msg;
+        EXPECT_EQ(o.data.warning_code, 0);
+        ASSERT_EQ(o.data.frequencies.size(), 4u);
+        EXPECT_NEAR(o.data.frequencies[3] / c.frequency(4, true), 1.0, 1e-6);
+        EXPECT_FALSE(o.log.has("limited to"));
+    }
+    // No mass model: a data error, the stiffness untouched.
+    {
+        chain bare(4, 1.0, 1.0, false);
+        outcome o;
+        run(bare.problem, solver_modal::settings_type(), o);
+        EXPECT_EQ(o.data.error_code, fem::error_data);
+        EXPECT_STREQ(o.data.error_name, "DATA ERROR");
+        EXPECT_EQ(o.data.frequencies.size(), 0u);
+    }
+    // A density of zero makes no mass physics.
+    {
+        fem::context ctx;
+        fem::law_scalar zero(ctx, 0.0);
+        fem::model_line_mass physics;
+        EXPECT_EQ(physics.init(zero), fem::error_data);
+    }
+}
+
+// A bar of hexa8 solids along x, clamped at x = 0 or free; nu = 0.
+struct bar {
+    fem::context ctx;
+    dense2D<double> pos;
+    fem::DOFs_mgr table;
+    fem::numerical_model_composite comp;
+    fem::problem_data problem;
+    std::vector<fem::numerical_model_base> held;
+    unsigned nx, ny, nz;
+    double L, a, E = 1000.0, rho = 2.0;
+
+    unsigned node(unsigned i, unsigned j, unsigned k) const { return (i * (ny + 1) + j) * (nz + 1) + k; }
+    bar(unsigned nx_, unsigned ny_, unsigned nz_, double length, double side, bool clamped)
+        : pos(3, (nx_ + 1) * (ny_ + 1) * (nz_ + 1), 0.0),
+          table((nx_ + 1) * (ny_ + 1) * (nz_ + 1), false),
+          comp(ctx),
+          nx(nx_),
+          ny(ny_),
+          nz(nz_),
+          L(length),
+          a(side) {
+        dense2D<unsigned int> conn(8, nx * ny * nz, 0u);
+        for (unsigned i = 0; i <= nx; ++i)
+            for (unsigned j = 0; j <= ny; ++j)
+                for (unsigned k = 0; k <= nz; ++k) {
+                    const unsigned p = node(i, j, k);
+                    pos(0, p) = L * i / nx;
+                    pos(1, p) = a * (double(j) / ny - 0.5);
+                    pos(2, p) = a * (double(k) / nz - 0.5);
+                    if (!clamped || i > 0) table.set(p, fem::field_displacement, true);
+                }
+        unsigned e = 0;
+        for (unsigned i = 0; i < nx; ++i)
+            for (unsigned j = 0; j < ny; ++j)
+                for (unsigned k = 0; k < nz; ++k, ++e) {
+                    const unsigned c[8] = {node(i, j, k),     node(i + 1, j, k),     node(i + 1, j + 1, k),
+                                           node(i, j + 1, k), node(i, j, k + 1),     node(i + 1, j, k + 1),
+                                           node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
+                    for (unsigned q = 0; q < 8; ++q) conn(q, e) = c[q];
+                }
+        fem::law_solid_StVenant law(ctx, E, 0.0, 0.0);
+        fem::model_solid_lin physics(law);
+        fem::numerical_model_stiff_lin stiff(ctx, physics, conn, fem::FE_hexa8);
+        fem::law_scalar density(ctx, rho);
+        fem::model_solid_mass mass_physics(density);
+        fem::numerical_model_mass mass(ctx, mass_physics, conn, fem::FE_hexa8);
+        EXPECT_TRUE(stiff.is_valid() && mass.is_valid());
+        comp.insert(stiff.ID(), mass.ID());
+        held = {stiff, mass};
+        problem = fem::problem_data(ctx, pos, table, comp.ID(), 0);
+    }
+};
+
+TEST(ModalBar, ClampedBarConvergesToRodAndBeamTheory) {
+    const double L = 10.0, a = 1.0;
+    double err_axial[2], err_bending[2];
+    const unsigned meshes[2][3] = {{10, 1, 1}, {20, 2, 2}};
+    for (int m = 0; m < 2; ++m) {
+        bar b(meshes[m][0], meshes[m][1], meshes[m][2], L, a, true);
+        solver_modal::settings_type s;
+        s.max_modes = 8;
+        s.post_modes = true;
+        outcome o;
+        run(b.problem, s, o);
+        ASSERT_EQ(o.data.error_code, 0) << o.data.error_msg;
+        ASSERT_EQ(o.data.frequencies.size(), 8u);
+        ASSERT_EQ(o.data.mode_results.rows(), 8u);
+        // Axial: the mode with the largest effective mass in x, f = sqrt(E / rho) / (4 L).
+        std::size_t axial = 0;
+        for (std::size_t i = 1; i < 8; ++i)
+            if (o.data.mode_results(i, 5) > o.data.mode_results(axial, 5)) axial = i;
+        const double f_axial = std::sqrt(b.E / b.rho) / (4.0 * L);
+        // Bending: the lowest pair, f = 1.87510^2 / (2 pi) sqrt(E I / (rho A L^4)).
+        const double beta = 1.8751040687119611;
+        const double f_bend = beta * beta / two_pi * std::sqrt(b.E * a * a / 12.0 / (b.rho * L * L * L * L));
+        EXPECT_NEAR(o.data.frequencies[0] / o.data.frequencies[1], 1.0, 1e-6);  // square section: a pair
+        err_axial[m] = o.data.frequencies[axial] / f_axial - 1.0;
+        err_bending[m] = o.data.frequencies[0] / f_bend - 1.0;
+        // Unit generalised mass; effective masses in x add up to at most the bar's.
+        double mx = 0.0;
+        for (std::size_t i = 0; i < 8; ++i) {
+            EXPECT_NEAR(o.data.mode_results(i, 0), 1.0, 1e-9);
+            EXPECT_NEAR(o.data.mode_results(i, 1), std::pow(two_pi * o.data.frequencies[i], 2),
+                        1e-7 * o.data.mode_results(i, 1));
+            mx += o.data.mode_results(i, 5);
+        }
+        EXPECT_LT(mx, b.rho * L * a * a * (1 + 1e-9));
+        EXPECT_GT(o.data.mode_results(axial, 5), 0.7 * b.rho * L * a * a);  // 8 / pi^2 of it for a rod
+    }
+    // Stiff elements and a consistent mass: from above, closer on the finer mesh.
+    for (int m = 0; m < 2; ++m) {
+        EXPECT_GT(err_axial[m], 0.0);
+        EXPECT_GT(err_bending[m], 0.0);
+    }
+    EXPECT_LT(err_axial[1], err_axial[0]);
+    EXPECT_LT(err_bending[1], err_bending[0]);
+    EXPECT_LT(err_axial[1], 0.01);
+    EXPECT_LT(err_bending[1], 0.15);
+}
+
+TEST(ModalBar, FreeBlockHasSixRigidModes) {
+    bar b(2, 1, 1, 2.0, 1.0, false);
+    solver_modal::settings_type s;
+    s.max_modes = 8;
+    outcome o;
+    run(b.problem, s, o);
+    ASSERT_EQ(o.data.error_code, 0) << o.data.error_msg;
+    ASSERT_EQ(o.data.frequencies.size(), 8u);
+    const double f7 = o.data.frequencies[6];
+    EXPECT_GT(f7, 0.1);
+    for (int i = 0; i < 6; ++i) EXPECT_LT(std::fabs(o.data.frequencies[i]), 1e-6 * f7) << i;
+    EXPECT_TRUE(o.log.has("Factorization matrix Kf (shifted)  : "));
+}
+
+}  // namespace
+}  // namespace orv
