@@ -274,6 +274,51 @@ TEST(ModalChain, BadInputGetsItsWords) {
     }
 }
 
+// Lumped chain modes have x . x = 1 / rho; the chain has no damping model.
+TEST(ModalChain, DampingFormsOnTheModes) {
+    chain c(6, 2.0, 4.0);
+    solver_modal::settings_type s;
+    s.max_modes = 3;
+    s.mass_level = 2;
+    outcome o;
+    run(c.problem, s, o);
+    ASSERT_EQ(o.data.error_code, 0) << o.data.error_msg;
+    solver_modal solver;
+    dense1D<double> out;
+    solver.compute_damping_decay_factors(o.data, 0.8, out);
+    ASSERT_EQ(out.size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(out[i], -0.5 * 0.8 / c.rho, 1e-12);
+    dense1D<double> coef(3);
+    for (std::size_t i = 0; i < 3; ++i) coef[i] = double(i + 1);
+    solver.compute_damping_decay_factors(o.data, coef, out);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(out[i], -0.5 * double(i + 1) / c.rho, 1e-12);
+    solver.compute_damping_decay_factors(o.data, 0.0, out);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(out[i], 0.0);
+    // Without damping models the model forms give zeros, and no correction.
+    out = dense1D<double>(3, 7.0);
+    solver.compute_damping_decay_factors(o.data, out);
+    fem::FEM_states corrections;
+    dense1D<double> diag;
+    solver.compute_damping_corrections(o.data, diag, corrections);
+    EXPECT_EQ(o.data.error_code, 0);
+    ASSERT_EQ(diag.size(), 3u);
+    ASSERT_EQ(corrections.cols(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(out[i], 0.0);
+        EXPECT_EQ(diag[i], 0.0);
+        double v = 1.0;
+        EXPECT_EQ(corrections.get_val(9, i, v), fem::no_error);
+        EXPECT_EQ(v, 0.0);
+    }
+    // One coefficient too few: DATA ERROR, out as it was.
+    dense1D<double> short_c(2, 1.0);
+    solver.compute_damping_decay_factors(o.data, short_c, out);
+    EXPECT_EQ(o.data.error_code, fem::error_data);
+    EXPECT_STREQ(o.data.error_name, "DATA ERROR");
+    EXPECT_EQ(out.size(), 3u);
+    EXPECT_EQ(out[0], 0.0);
+}
+
 // A bar of hexa8 solids along x, clamped at x = 0 or free; nu = 0.
 struct bar {
     fem::context ctx;

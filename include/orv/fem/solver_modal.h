@@ -126,6 +126,23 @@ public:
     solver_modal();
     void run(data_type& data);
 
+    // Modal damping from the dynamic modes x_i of a run's record (column i of
+    // D_modes), to be called after the run. y_i is the vector that the damping models
+    // (matrix code 3) give for the state x_i. Failures go to the error fields of data
+    // when none stands there; no mode at all gives empty results.
+    //   out[i] = -0.5 * (x_i . y_i)
+    void compute_damping_decay_factors(data_type& data, dense1D<double>& out) const;
+    //   out[i] = -0.5 * c[i] * (x_i . x_i); c has one value per mode, else -101
+    //   "DATA ERROR" and out is left as it is.
+    void compute_damping_decay_factors(data_type& data, const dense1D<double>& c, dense1D<double>& out) const;
+    //   out[i] = -0.5 * c * (x_i . x_i); c = 0.0 gives zeros.
+    void compute_damping_decay_factors(data_type& data, double c, dense1D<double>& out) const;
+    //   out[i] = 0.5 * (x_i . y_i), and column i of corrections the sum over the modes
+    //   j of another frequency of f_i c_ij / (2 pi (f_i - f_j) (f_i + f_j)) x_j, with
+    //   c_ij = -(x_j . y_i) counted as 0 when c_ij^2 < out[i] out[j] 4E-12. The
+    //   frequencies must number the modes, else -101 "DATA ERROR".
+    void compute_damping_corrections(data_type& data, dense1D<double>& out, FEM_states& corrections) const;
+
     settings_type settings;
 };
 
