@@ -201,11 +201,9 @@ void solver_modal<Types, Settings, Data>::numbering(Data& data) {
 template <class Types, class Settings, class Data>
 void solver_modal<Types, Settings, Data>::log_sizes(Data& data) {
     base::log_sizes(data);
-    const std::size_t n = this->free_IDs_ ? this->free_IDs_->size() : 0;
     this->log_size(2, "  Size matrix Ms         : ", Ms_nnz_, data.size_Ms);
     this->log_size(2, "  Size matrix D-modes    : ",
                    static_cast<unsigned long long>(data.size_D_modes * 1048576.0 / 8.0 + 0.5), data.size_D_modes);
-    (void)n;
 }
 
 template <class Types, class Settings, class Data>
@@ -279,6 +277,8 @@ int solver_modal<Types, Settings, Data>::sturm_count(double lambda, std::size_t&
 template <class Types, class Settings, class Data>
 void solver_modal<Types, Settings, Data>::count_modes(Data& data) {
     const Settings& s = settings();
+    plan_ = modal_internal::ritz_plan();
+    if (!(s.output_mask & 128)) return;  // static modes only
     l1_ = modal_internal::lambda_of(std::max(s.freq_min, 0.0));
     l2_ = modal_internal::lambda_of(s.freq_max);
     l2_finite_ = std::isfinite(s.freq_max) && s.freq_max < DBL_MAX && l2_ < DBL_MAX;

@@ -419,6 +419,49 @@ TEST(ModalBar, ClampedBarConvergesToRodAndBeamTheory) {
     EXPECT_LT(err_bending[1], 0.15);
 }
 
+// The size gate counts Ms and the largest Ritz space; a dry run only sizes; static
+// modes alone make no eigen stage.
+TEST(ModalBar, SizesGateAndOutputs) {
+    bar b(20, 2, 2, 10.0, 1.0, true);
+    solver_modal::settings_type s;
+    outcome small, big, dry;
+    s.max_modes = 4;
+    run(b.problem, s, small);
+    EXPECT_EQ(small.data.error_code, 0) << small.data.error_msg;
+    EXPECT_GT(small.data.size_Ms, 0.0);
+    EXPECT_NEAR(small.data.size_D_modes, 540.0 * 36.0 * 8.0 / 1048576.0, 1e-15);
+    EXPECT_NEAR(small.data.size_total,
+                small.data.size_Ks + small.data.size_Kf + small.data.size_Ms + small.data.size_D_modes, 1e-12);
+    // A limit that passes 36 vectors and not 540 (2 MB more).
+    b.ctx.set_max_total_size(static_cast<unsigned long long>(small.data.size_total + small.data.size_spare) + 1);
+    run(b.problem, s, small);
+    EXPECT_EQ(small.data.error_code, 0) << small.data.error_msg;
+    s.max_modes = 100;  // 540 vectors: 2.2 MB
+    run(b.problem, s, big);
+    EXPECT_EQ(big.data.error_code, fem::error_memory_limit);
+    EXPECT_STREQ(big.data.error_name, "Insufficient memory.");
+    EXPECT_EQ(big.data.frequencies.size(), 0u);
+    s.output_mask = 0;
+    run(b.problem, s, dry);
+    EXPECT_EQ(dry.data.error_code, 0);
+    EXPECT_EQ(dry.data.size_D_modes, big.data.size_D_modes);
+    EXPECT_TRUE(dry.log.has("  Size matrix D-modes    :     291600 doubles"));
+    EXPECT_FALSE(dry.log.has("Total computing time"));
+    EXPECT_FALSE(dry.log.has("Numerical assembly matrix Ms"));
+
+    chain c(3, 1.0, 1.0, true, 1);
+    c.problem.get_loads_mgr(0).record_DOF_load(18, 1.0);
+    s = solver_modal::settings_type();
+    s.output_mask = 64;
+    outcome statics;
+    run(c.problem, s, statics);
+    EXPECT_EQ(statics.data.error_code, 0);
+    EXPECT_EQ(statics.data.S_modes.cols(), 1u);
+    EXPECT_EQ(statics.data.D_modes.cols(), 0u);
+    EXPECT_FALSE(statics.log.has("Lanczos hybrid algorithm."));
+    EXPECT_TRUE(statics.log.has("Factorization matrix Kf            : "));
+}
+
 // On one thread every mode and frequency repeats bit for bit. The parallel
 // factorisation adds its updates in the order the threads reach them, so two threads
 // agree with one to round-off in the frequencies (the square section's modes come in
