@@ -265,6 +265,21 @@ TEST(ModalChain, BadInputGetsItsWords) {
         EXPECT_STREQ(o.data.error_name, "DATA ERROR");
         EXPECT_EQ(o.data.frequencies.size(), 0u);
     }
+    // Stopped anywhere by the host: the warning -10, no error, and no half-made modes.
+    for (int after = 0; after < 25; ++after) {  // a run asks 23 times
+        solver_modal::settings_type s;
+        s.max_modes = 3;
+        outcome o;
+        o.log.interrupt_after = after;
+        run(c.problem, s, o);
+        EXPECT_EQ(o.data.error_code, 0) << after;
+        if (o.data.warning_code == fem::warning_interrupted) {
+            EXPECT_EQ(o.data.frequencies.size(), 0u) << after;
+            EXPECT_EQ(o.data.D_modes.cols(), 0u) << after;
+        } else {
+            EXPECT_EQ(o.data.frequencies.size(), 3u) << after;
+        }
+    }
     // A density of zero makes no mass physics.
     {
         fem::context ctx;
