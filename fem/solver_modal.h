@@ -392,8 +392,10 @@ void solver_modal<Types, Settings, Data>::solve_modes(Data& data) {
         eigen_settings es;
         es.tolerance = settings().tolerance;
         es.max_iterations = settings().max_iters;
-        // A range from 0 takes the rigid-body modes, whose lambda is 0 up to round-off.
-        es.low = l1_ > 0 ? l1_ : -HUGE_VAL;
+        // A range from 0 takes the rigid-body modes, whose lambda is 0 up to round-off,
+        // and, when it holds more modes than wanted, the lowest ones (the eigen solvers
+        // keep those next to the finite bound of smaller magnitude).
+        es.low = l1_ > 0 ? l1_ : (l2_finite_ ? -1e-8 * l2_ : -HUGE_VAL);
         es.high = l2_finite_ ? l2_ : HUGE_VAL;
         es.shift = -shift_;  // the factor holds K - (-s) M
         es.n_threads = int(this->nbr_threads());

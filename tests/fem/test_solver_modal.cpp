@@ -187,6 +187,17 @@ TEST(ModalChain, SturmCountsMatchTheFrequenciesInTheRange) {
             EXPECT_TRUE(o.log.has("Dynamic modes actually computed    : 0\n"));
         }
     }
+    // More modes in a range from 0 than wanted: the lowest ones.
+    solver_modal::settings_type s;
+    s.freq_max = 0.5 * (f[4] + f[5]);
+    s.max_modes = 2;
+    s.mass_level = 2;
+    outcome o;
+    run(c.problem, s, o);
+    ASSERT_EQ(o.data.frequencies.size(), 2u);
+    EXPECT_NEAR(o.data.frequencies[0] / f[0], 1.0, 1e-7);
+    EXPECT_NEAR(o.data.frequencies[1] / f[1], 1.0, 1e-7);
+    EXPECT_TRUE(o.log.has("  !! => limited to 2 modes.\n"));
 }
 
 TEST(ModalChain, StaticModesEnergiesAndRepeatability) {
