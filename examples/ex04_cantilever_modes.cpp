@@ -1,11 +1,12 @@
 // Example 4: the first vibration modes of a solid cantilever of hexa8 elements.
 //
 // What it shows
-//   A modal run: the cantilever of example 2 with a mass mesh (model_solid_mass) on the
-//   same connectivity beside the stiffness mesh, a composite of the two, a
-//   solver_modal asked for the lowest eight modes, the frequencies and the mode
-//   results (generalised mass, effective masses), and the mode shapes written as a
-//   .vtu series with a .pvd collection through the companion library orvfem_io.
+//   A modal run: the hexa8 cantilever of the static cantilever example with a mass
+//   mesh (model_solid_mass) on the same connectivity beside the stiffness mesh, a
+//   composite of the two, a solver_modal asked for the lowest eight modes, the
+//   frequencies and the mode results (generalised mass, effective masses), and the
+//   mode shapes written as a .vtu series with a .pvd collection through the companion
+//   library orvfem_io.
 //
 // How to build and run it
 //   cmake --build build --target ex04_cantilever_modes && ./build/ex04_cantilever_modes [base]
@@ -48,7 +49,8 @@ using namespace orv::fem;
 
 namespace {
 
-// The beam of example 2: length along x, a square section centred on the x axis.
+// The beam of the static cantilever example: length along x, a square section centred
+// on the x axis.
 const double length = 10.0, side = 1.0;
 const unsigned nx = 40, ny = 4, nz = 4;
 const double E = 210000.0, nu = 0.3, rho = 7.85e-3;

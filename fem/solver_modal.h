@@ -209,8 +209,9 @@ void solver_modal<Types, Settings, Data>::log_sizes(Data& data) {
 template <class Types, class Settings, class Data>
 double solver_modal<Types, Settings, Data>::needed_size(Data& data) {
     const double static_part = base::needed_size(data);
-    data.size_total += data.size_Ms + data.size_D_modes;
-    return static_part + data.size_Ms + data.size_D_modes;
+    const double modal_part = data.size_Ms + ((settings().output_mask & 128) ? data.size_D_modes : 0.0);
+    data.size_total += modal_part;
+    return static_part + modal_part;
 }
 
 template <class Types, class Settings, class Data>
