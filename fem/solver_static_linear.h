@@ -86,6 +86,20 @@ struct has_strain_energy : std::false_type {};
 template <class D>
 struct has_strain_energy<D, std::void_t<decltype(std::declval<D&>().strain_energy)>> : std::true_type {};
 
+// The matrix of solutions of a data record: U, or S_modes for a record that names its
+// static solutions so (the modal run's).
+template <class D, class = void>
+struct has_static_modes : std::false_type {};
+template <class D>
+struct has_static_modes<D, std::void_t<decltype(std::declval<D&>().S_modes)>> : std::true_type {};
+template <class D>
+fem::FEM_states& solution_of(D& data) {
+    if constexpr (has_static_modes<D>::value)
+        return data.S_modes;
+    else
+        return data.U;
+}
+
 }  // namespace detail
 
 // Settings: the settings_type of the linear static run (or one with the same members).
@@ -178,8 +192,8 @@ public:
     // the penalty pass.
     int add_stiffness_forces(const DOF_vector& U, DOF_vector& target, double multiplier,
                              unsigned nbr_threads) const {
-        int rc = add_internal_forces(1, U, target, multiplier, stiffness_params(), nbr_threads);
-        if (!rc) rc = add_internal_forces(7, U, target, multiplier, params_, nbr_threads);
+        int rc = add_internal_forces(fem::matrix_K, U, target, multiplier, stiffness_params(), nbr_threads);
+        if (!rc) rc = add_internal_forces(fem::matrix_penalty, U, target, multiplier, params_, nbr_threads);
         return rc;
     }
 
@@ -234,8 +248,8 @@ protected:
     int assemble_into(unsigned matrix_code, matrix_assembler_base& assembler, const assembly_params& params);
     void assemble_Ks(Data& data);
     void assemble_Kf(Data& data);
-    // Ks added into Kf through the IDs of both.
-    void scatter_Ks_into_Kf(const sparse_type& Ks, skyline_type& Kf) const;
+    // factor times Ks added into Kf through the IDs of both.
+    void scatter_Ks_into_Kf(const sparse_type& Ks, skyline_type& Kf, double factor = 1.0) const;
     void log_Ks_statistics(const sparse_type& Ks) const;
     void log_text_lines(unsigned level, const std::string& text) const;
     template <class Checker>
@@ -308,9 +322,9 @@ void solver_static_linear<Types, Settings, Data>::start(Data& data) {
 template <class Types, class Settings, class Data>
 void solver_static_linear<Types, Settings, Data>::clear_inputs(Data& data) {
     const std::uint32_t in = settings().input_mask;
-    if (!(in & 2)) data.F = fem::FEM_matrix();
-    if (!(in & 16)) data.Ks = fem::FEM_SymSparse();
-    if (!(in & 32)) data.Kf = fem::FEM_factor();
+    if (!(in & fem::mask_F)) data.F = fem::FEM_matrix();
+    if (!(in & fem::mask_Ks)) data.Ks = fem::FEM_SymSparse();
+    if (!(in & fem::mask_Kf)) data.Kf = fem::FEM_factor();
 }
 
 template <class Types, class Settings, class Data>
@@ -369,13 +383,14 @@ void solver_static_linear<Types, Settings, Data>::clear_unkept(Data& data) {
     if (!(keep & fem::mask_F)) data.F = fem::FEM_matrix();
     if (!(keep & fem::mask_Ks)) data.Ks = fem::FEM_SymSparse();
     if (!(keep & fem::mask_Kf)) data.Kf = fem::FEM_factor();
-    if (!(settings().output_mask & fem::mask_U)) data.U = fem::FEM_states();
+    if (!(settings().output_mask & fem::mask_U)) detail::solution_of(data) = fem::FEM_states();
 }
 
 template <class Types, class Settings, class Data>
 bool solver_static_linear<Types, Settings, Data>::make_resident(Data& data) {
     bool ok = true;
-    if (data.U.is_valid() && !data.U.is_all_incore()) ok = data.U.force_incore() && ok;
+    fem::FEM_states& U = detail::solution_of(data);
+    if (U.is_valid() && !U.is_all_incore()) ok = U.force_incore() && ok;
     if (data.F.is_valid() && !data.F.is_all_incore() && !(settings().input_mask & fem::mask_F))
         ok = data.F.force_incore() && ok;
     release();

@@ -71,7 +71,8 @@ void solver_static_linear<Types, Settings, Data>::log_Ks_statistics(const sparse
 }
 
 template <class Types, class Settings, class Data>
-void solver_static_linear<Types, Settings, Data>::scatter_Ks_into_Kf(const sparse_type& Ks, skyline_type& Kf) const {
+void solver_static_linear<Types, Settings, Data>::scatter_Ks_into_Kf(const sparse_type& Ks, skyline_type& Kf,
+                                                                    double factor) const {
     const symmetric_sparse<double>& m = Ks.matrix();
     const std::size_t n = m.dim();
     std::vector<std::uint32_t> pos(n, DOF_index::npos);
@@ -84,7 +85,7 @@ void solver_static_linear<Types, Settings, Data>::scatter_Ks_into_Kf(const spars
         for (std::size_t k = ptr[r]; k < ptr[r + 1]; ++k) {
             const std::uint32_t c = col[k] < n ? pos[col[k]] : DOF_index::npos;
             if (c == DOF_index::npos || m[k] == 0.0) continue;
-            Kf.matrix().add_val(std::max(pos[r], c), std::min(pos[r], c), m[k]);
+            Kf.matrix().add_val(std::max(pos[r], c), std::min(pos[r], c), factor * m[k]);
         }
     }
 }

@@ -18,7 +18,7 @@ bool solver_static_linear<Types, Settings, Data>::allocate_U(Data& data) {
         return false;
     }
     U_ = U;
-    data.U = fem::FEM_states(U.get());
+    detail::solution_of(data) = fem::FEM_states(U.get());
     data.energy = dense1D<double>(nbr_cases_, 0.0);
     if constexpr (detail::has_strain_energy<Data>::value) data.strain_energy = dense1D<double>(nbr_cases_, 0.0);
     return true;
