@@ -183,6 +183,8 @@ public:
     long first_non_finite_case(M& m) const;
     // Energies of each case (fem/static_energies.h).
     void compute_energies(Data& data);
+    // Whether case c moves a DOF by an imposed value (u: its column of U).
+    bool imposes_motion(std::size_t c, const double* u) const;
 
     // Adds multiplier times the internal forces of the models of matrix_code for the
     // solution U into target; -K U is the internal force of a linear model.
