@@ -35,9 +35,7 @@ typedef orv::dense1D<unsigned int, 8> uvec;
 
 namespace {
 
-double now() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
+double now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 // Processor time of the process, all threads together.
 double cpu_now() {
@@ -145,8 +143,7 @@ void mult(const coo_matrix& A, const std::vector<double>& x, std::vector<double>
 void pattern_groups(const coo_matrix& A, uvec& ptr, uvec& ids) {
     const unsigned int d = A.dofs_per_node;
     std::vector<std::uint64_t> pairs(A.val.size());
-    for (std::size_t k = 0; k < A.val.size(); ++k)
-        pairs[k] = (std::uint64_t(A.row[k] / d) << 32) | (A.col[k] / d);
+    for (std::size_t k = 0; k < A.val.size(); ++k) pairs[k] = (std::uint64_t(A.row[k] / d) << 32) | (A.col[k] / d);
     std::sort(pairs.begin(), pairs.end());
     pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
     ptr.clear();
@@ -310,20 +307,34 @@ int main(int argc, char** argv) {
     for (int a = 1; a < argc; ++a) {
         const std::string s = argv[a];
         const bool more = a + 1 < argc;
-        if (s == "--rhs" && more) rhs = argv[++a];
-        else if (s == "--threads" && more) threads = std::max(1, std::atoi(argv[++a]));
-        else if (s == "--reps" && more) reps = std::max(1, std::atoi(argv[++a]));
-        else if (s == "--peer" && more) peer = argv[++a];
-        else if (s == "--mode" && more) mode = unsigned(std::atoi(argv[++a]));
-        else if (s == "--limit" && more) limit = unsigned(std::max(1, std::atoi(argv[++a])));
-        else if (s == "--cache" && more) cache = std::atol(argv[++a]);
-        else if (s == "--quiet") quiet = true;
-        else if (s == "--order-only") order_only = true;
-        else if (s == "--write-perm" && more) perm_file = argv[++a];
-        else if (s == "--write-solution" && more) solution_file = argv[++a];
-        else if (s == "--sweep-reps" && more) sweep_reps = std::max(0, std::atoi(argv[++a]));
-        else if (s[0] != '-' && !mtx) mtx = argv[a];
-        else return usage();
+        if (s == "--rhs" && more)
+            rhs = argv[++a];
+        else if (s == "--threads" && more)
+            threads = std::max(1, std::atoi(argv[++a]));
+        else if (s == "--reps" && more)
+            reps = std::max(1, std::atoi(argv[++a]));
+        else if (s == "--peer" && more)
+            peer = argv[++a];
+        else if (s == "--mode" && more)
+            mode = unsigned(std::atoi(argv[++a]));
+        else if (s == "--limit" && more)
+            limit = unsigned(std::max(1, std::atoi(argv[++a])));
+        else if (s == "--cache" && more)
+            cache = std::atol(argv[++a]);
+        else if (s == "--quiet")
+            quiet = true;
+        else if (s == "--order-only")
+            order_only = true;
+        else if (s == "--write-perm" && more)
+            perm_file = argv[++a];
+        else if (s == "--write-solution" && more)
+            solution_file = argv[++a];
+        else if (s == "--sweep-reps" && more)
+            sweep_reps = std::max(0, std::atoi(argv[++a]));
+        else if (s[0] != '-' && !mtx)
+            mtx = argv[a];
+        else
+            return usage();
     }
     if (!mtx) return usage();
     if (cache <= 0) cache = long(threads) << 20;  // 1 MiB a thread when unknown
@@ -472,8 +483,7 @@ int main(int argc, char** argv) {
                 const std::size_t nb = F.nbr_blocks();
                 std::vector<std::size_t> level(nb, 0);
                 for (std::size_t k = 0; k < nb; ++k)
-                    if (F.parent_of(k) != ~0u)
-                        level[F.parent_of(k)] = std::max(level[F.parent_of(k)], level[k] + 1);
+                    if (F.parent_of(k) != ~0u) level[F.parent_of(k)] = std::max(level[F.parent_of(k)], level[k] + 1);
                 const std::size_t n_levels = nb ? *std::max_element(level.begin(), level.end()) + 1 : 0;
                 std::vector<double> sum(n_levels, 0.0), big(n_levels, 0.0);
                 double total = 0;
@@ -488,12 +498,13 @@ int main(int argc, char** argv) {
                 std::printf("block tree: %zu levels; bound of the level-parallel sweeps' speed-up at %d threads %.2f\n",
                             n_levels, threads, bound > 0 ? total / bound : 1.0);
             }
-            std::printf("single-vector sweeps (median of %d, min to max): forward 1 thread %.4f s (%.4f to %.4f), "
-                        "%d threads %.4f s (%.4f to %.4f); solve 1 thread %.4f s (%.4f to %.4f), %d threads %.4f s "
-                        "(%.4f to %.4f)\n",
-                        sweep_reps, median(f1), spread(f1).first, spread(f1).second, threads, median(ft),
-                        spread(ft).first, spread(ft).second, median(s1), spread(s1).first, spread(s1).second,
-                        threads, median(st), spread(st).first, spread(st).second);
+            std::printf(
+                "single-vector sweeps (median of %d, min to max): forward 1 thread %.4f s (%.4f to %.4f), "
+                "%d threads %.4f s (%.4f to %.4f); solve 1 thread %.4f s (%.4f to %.4f), %d threads %.4f s "
+                "(%.4f to %.4f)\n",
+                sweep_reps, median(f1), spread(f1).first, spread(f1).second, threads, median(ft), spread(ft).first,
+                spread(ft).second, median(s1), spread(s1).first, spread(s1).second, threads, median(st),
+                spread(st).first, spread(st).second);
         }
     }
 
@@ -530,9 +541,10 @@ int main(int argc, char** argv) {
     std::printf("blocks %zu, stored factor entries %llu (%.1f MB with the segment tables), exact nnz(L) %.4g\n",
                 nbr_blocks, (unsigned long long)totals.profile, factor_MB, nnz_L_exact);
     std::printf("pivots: lowest %.6e, highest %.6e\n", pivot_min, pivot_max);
-    std::printf("times (median of %d, %d thread%s): ordering %.3f s, assembly %.3f s, factorisation %.3f s "
-                "(processor %.3f s), solve %.4f s, solve of 10 right-hand sides %.4f s\n",
-                reps, threads, threads > 1 ? "s" : "", to, ta, tf, tfc, ts, ts10);
+    std::printf(
+        "times (median of %d, %d thread%s): ordering %.3f s, assembly %.3f s, factorisation %.3f s "
+        "(processor %.3f s), solve %.4f s, solve of 10 right-hand sides %.4f s\n",
+        reps, threads, threads > 1 ? "s" : "", to, ta, tf, tfc, ts, ts10);
     std::printf("flops: skyline %.4g (%.2f GFLOP/s), kernels' own count %.4g, sum c_j^2 %.4g (%.2f GFLOP/s)\n",
                 flops_skyline, flops_skyline / tf * 1e-9, flops_kernel, flops_cj2, flops_cj2 / tf * 1e-9);
     std::printf("relative residual %.3e, peak memory %.1f MB\n", residual, peak);
@@ -558,12 +570,14 @@ int main(int argc, char** argv) {
     }
 
     const char* name = std::strrchr(mtx, '/');
-    std::printf("{\"matrix\":\"%s\",\"n\":%zu,\"nnzA_lower\":%zu,\"nbr_blocks\":%zu,\"nnz_L\":%llu,"
-                "\"nnz_L_exact\":%.0f,\"factor_MB\":%.6g,\"flops\":%.6g,\"flops_cj2\":%.6g,\"flops_kernel\":%.6g,"
-                "\"t_order\":%.6g,\"t_assemble\":%.6g,\"t_factor\":%.6g,\"t_factor_cpu\":%.6g,\"t_solve\":%.6g,\"t_solve10\":%.6g,\"gflops\":%.4g,"
-                "\"gflops_cj2\":%.4g,\"residual\":%.3e,\"peak_MB\":%.1f,\"threads\":%d,\"reps\":%d%s}\n",
-                name ? name + 1 : mtx, A.n, A.val.size(), nbr_blocks, (unsigned long long)totals.profile,
-                nnz_L_exact, factor_MB, flops_skyline, flops_cj2, flops_kernel, to, ta, tf, tfc, ts, ts10,
-                flops_skyline / tf * 1e-9, flops_cj2 / tf * 1e-9, residual, peak, threads, reps, peer_json.c_str());
+    std::printf(
+        "{\"matrix\":\"%s\",\"n\":%zu,\"nnzA_lower\":%zu,\"nbr_blocks\":%zu,\"nnz_L\":%llu,"
+        "\"nnz_L_exact\":%.0f,\"factor_MB\":%.6g,\"flops\":%.6g,\"flops_cj2\":%.6g,\"flops_kernel\":%.6g,"
+        "\"t_order\":%.6g,\"t_assemble\":%.6g,\"t_factor\":%.6g,\"t_factor_cpu\":%.6g,\"t_solve\":%.6g,\"t_solve10\":%."
+        "6g,\"gflops\":%.4g,"
+        "\"gflops_cj2\":%.4g,\"residual\":%.3e,\"peak_MB\":%.1f,\"threads\":%d,\"reps\":%d%s}\n",
+        name ? name + 1 : mtx, A.n, A.val.size(), nbr_blocks, (unsigned long long)totals.profile, nnz_L_exact,
+        factor_MB, flops_skyline, flops_cj2, flops_kernel, to, ta, tf, tfc, ts, ts10, flops_skyline / tf * 1e-9,
+        flops_cj2 / tf * 1e-9, residual, peak, threads, reps, peer_json.c_str());
     return 0;
 }

@@ -10,8 +10,8 @@
 // (node = i + (nx + 1) * (j + (ny + 1) * k)), the face z = 0 clamped, a uniform traction
 // of total magnitude 1 in -z on the face z = nz as consistent nodal loads (a quarter of
 // each element face's share on each of its corners).
-#include <orv/fem/error_type.h>
 #include <omp.h>
+#include <orv/fem/error_type.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -46,9 +46,7 @@ using namespace orv;
 
 namespace {
 
-double now() {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
+double now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 double cpu_seconds(const rusage& ru) {
     return double(ru.ru_utime.tv_sec) + 1e-6 * double(ru.ru_utime.tv_usec) + double(ru.ru_stime.tv_sec) +
@@ -107,12 +105,17 @@ struct options {
 struct cube_mesh {
     unsigned nx, ny, nz;
     unsigned Nx, Ny, Nz;
-    dense2D<double> pos;            // 3 x nodes
-    dense2D<unsigned int> conn;     // 8 x elements, 0-based nodes
-    std::vector<double> load_z;     // force in z on each node (0 where none)
+    dense2D<double> pos;         // 3 x nodes
+    dense2D<unsigned int> conn;  // 8 x elements, 0-based nodes
+    std::vector<double> load_z;  // force in z on each node (0 where none)
 
     cube_mesh(unsigned nx_, unsigned ny_, unsigned nz_)
-        : nx(nx_), ny(ny_), nz(nz_), Nx(nx_ + 1), Ny(ny_ + 1), Nz(nz_ + 1),
+        : nx(nx_),
+          ny(ny_),
+          nz(nz_),
+          Nx(nx_ + 1),
+          Ny(ny_ + 1),
+          Nz(nz_ + 1),
           pos(3, std::size_t(nx_ + 1) * (ny_ + 1) * (nz_ + 1), 0.0),
           conn(8, std::size_t(nx_) * ny_ * nz_, 0u),
           load_z(std::size_t(nx_ + 1) * (ny_ + 1) * (nz_ + 1), 0.0) {
@@ -136,8 +139,7 @@ struct cube_mesh {
         const double q = -1.0 / (double(nx) * ny);
         for (unsigned j = 0; j < ny; ++j)
             for (unsigned i = 0; i < nx; ++i)
-                for (unsigned a = 0; a < 4; ++a)
-                    load_z[node(i + (a & 1), j + ((a >> 1) & 1), nz)] += q / 4.0;
+                for (unsigned a = 0; a < 4; ++a) load_z[node(i + (a & 1), j + ((a >> 1) & 1), nz)] += q / 4.0;
     }
     unsigned node(unsigned i, unsigned j, unsigned k) const { return i + Nx * (j + Ny * k); }
     unsigned nbr_nodes() const { return Nx * Ny * Nz; }
@@ -161,16 +163,15 @@ struct log_lines {
 struct our_result {
     bool ok = false;
     std::string status;  // "ok" or the error
-    double time_numbering = 0, time_assembly = 0, time_factor = 0, time_RHS = 0, time_solve = 0,
-           time_total = 0;
+    double time_numbering = 0, time_assembly = 0, time_factor = 0, time_RHS = 0, time_solve = 0, time_total = 0;
     double wall_setup = 0;  // law, physics, mesh model, DOF table, loads, problem record
     double wall_run = 0;    // the run() call
     double cpu_run = 0;     // processor time of the run() call, all threads
     std::uint32_t nbr_free_DOFs = 0;
     double size_Kf = 0, energy = 0, pivot_min = 0, pivot_max = 0;
-    double size_total = 0, size_spare = 0;       // the run's own figures
+    double size_total = 0, size_spare = 0;                 // the run's own figures
     double hwm_before = 0, hwm_after = 0, rss_before = 0;  // the process's, MB
-    std::vector<double> U;  // 3 per node, clamped nodes 0
+    std::vector<double> U;                                 // 3 per node, clamped nodes 0
     log_lines log;
 };
 
@@ -206,8 +207,7 @@ our_result run_ours(const cube_mesh& m, unsigned threads) {
     fem::problem_data problem(ctx, pos, table, mesh.ID(), 1);
     fem::loads_mgr loads = problem.get_loads_mgr(0);
     for (unsigned v = 0; v < nodes; ++v)
-        if (m.load_z[v] != 0.0 && !m.clamped(v))
-            loads.record_nodal_load(v, fem::field_displacement, 2, m.load_z[v]);
+        if (m.load_z[v] != 0.0 && !m.clamped(v)) loads.record_nodal_load(v, fem::field_displacement, 2, m.load_z[v]);
     r.wall_setup = now() - t0;
 
     fem::solver_static_linear solver;
@@ -238,8 +238,7 @@ our_result run_ours(const cube_mesh& m, unsigned threads) {
     r.pivot_max = data.pivot_max;
     if (data.energy.size() > 0) r.energy = data.energy[0];
     if (data.error_code != 0) {
-        r.status = "run error " + std::to_string(data.error_code) + " " + data.error_name + " " +
-                   data.error_msg;
+        r.status = "run error " + std::to_string(data.error_code) + " " + data.error_name + " " + data.error_msg;
         return r;
     }
     if (data.U.cols() != 1) {
@@ -308,8 +307,9 @@ double run_ccx(const std::string& ccx, const std::string& dir, unsigned threads,
     if (pid < 0) return -1.0;
     if (pid == 0) {
         if (chdir(dir.c_str()) != 0) _exit(126);
-        const char* vars[] = {"OMP_NUM_THREADS", "CCX_NPROC_EQUATION_SOLVER", "CCX_NPROC_STIFFNESS",
-                              "CCX_NPROC_RESULTS", "NUMBER_OF_CPUS", "OPENBLAS_NUM_THREADS"};
+        const char* vars[] = {"OMP_NUM_THREADS",     "CCX_NPROC_EQUATION_SOLVER",
+                              "CCX_NPROC_STIFFNESS", "CCX_NPROC_RESULTS",
+                              "NUMBER_OF_CPUS",      "OPENBLAS_NUM_THREADS"};
         for (const char* v : vars) setenv(v, t.c_str(), 1);
         FILE* out = std::freopen("job.log", "w", stdout);
         if (!out) _exit(126);
@@ -392,28 +392,37 @@ int main(int argc, char** argv) {
             if (k + 1 >= argc) usage();
             return argv[++k];
         };
-        if (a == "--n") o.nx = o.ny = o.nz = unsigned(std::atoi(val().c_str()));
-        else if (a == "--nx") o.nx = unsigned(std::atoi(val().c_str()));
-        else if (a == "--ny") o.ny = unsigned(std::atoi(val().c_str()));
-        else if (a == "--nz") o.nz = unsigned(std::atoi(val().c_str()));
-        else if (a == "--threads") o.threads = unsigned(std::atoi(val().c_str()));
-        else if (a == "--reps") o.reps = unsigned(std::atoi(val().c_str()));
-        else if (a == "--ccx") o.ccx = val();
-        else if (a == "--keep") o.keep = val();
-        else if (a == "--quiet") o.quiet = true;
-        else usage();
+        if (a == "--n")
+            o.nx = o.ny = o.nz = unsigned(std::atoi(val().c_str()));
+        else if (a == "--nx")
+            o.nx = unsigned(std::atoi(val().c_str()));
+        else if (a == "--ny")
+            o.ny = unsigned(std::atoi(val().c_str()));
+        else if (a == "--nz")
+            o.nz = unsigned(std::atoi(val().c_str()));
+        else if (a == "--threads")
+            o.threads = unsigned(std::atoi(val().c_str()));
+        else if (a == "--reps")
+            o.reps = unsigned(std::atoi(val().c_str()));
+        else if (a == "--ccx")
+            o.ccx = val();
+        else if (a == "--keep")
+            o.keep = val();
+        else if (a == "--quiet")
+            o.quiet = true;
+        else
+            usage();
     }
-    if (o.nx < 1 || o.ny < 1 || o.nz < 1 || o.nx > 400 || o.ny > 400 || o.nz > 400 || o.threads < 1 ||
-        o.reps < 1)
+    if (o.nx < 1 || o.ny < 1 || o.nz < 1 || o.nx > 400 || o.ny > 400 || o.nz > 400 || o.threads < 1 || o.reps < 1)
         usage();
     omp_set_num_threads(int(o.threads));
 
     const double load_before = load_average();
     const cube_mesh m(o.nx, o.ny, o.nz);
-    std::printf("static_bench: hexa8 cube %u x %u x %u, %u nodes, %u elements, %u free DOFs expected, "
-                "%u thread(s), %u rep(s)\n",
-                o.nx, o.ny, o.nz, m.nbr_nodes(), m.nbr_elements(), 3 * (m.nbr_nodes() - m.Nx * m.Ny),
-                o.threads, o.reps);
+    std::printf(
+        "static_bench: hexa8 cube %u x %u x %u, %u nodes, %u elements, %u free DOFs expected, "
+        "%u thread(s), %u rep(s)\n",
+        o.nx, o.ny, o.nz, m.nbr_nodes(), m.nbr_elements(), 3 * (m.nbr_nodes() - m.Nx * m.Ny), o.threads, o.reps);
 
     // Our side, reps times from scratch.
     std::vector<double> tn, ta, tf, tr, ts, tt, ws, wr, cr;
@@ -447,16 +456,18 @@ int main(int argc, char** argv) {
     if (ours.ok) {
         // The high-water mark only grows: the first run of the process is the one that
         // shows what a run adds on top of the set-up.
-        std::printf("ours memory (first run): sizes total %.1f MB + factor work %.1f MB = %.1f MB; VmRSS before "
-                    "%.1f MB, VmHWM before %.1f MB, after %.1f MB, peak growth over VmRSS %.1f MB\n",
-                    first.size_total, first.size_spare, first.size_total + first.size_spare, first.rss_before,
-                    first.hwm_before, first.hwm_after, first.hwm_after - first.rss_before);
-        std::printf("ours: %u free DOFs, size Kf %.1f MB, pivots [%.3e, %.3e], energy %.9e\n",
-                    ours.nbr_free_DOFs, ours.size_Kf, ours.pivot_min, ours.pivot_max, ours.energy);
-        std::printf("ours (median of %zu): numbering %.3f s, assembly %.3f s, factor %.3f s, RHS %.3f s, "
-                    "solve %.3f s, total %.3f s; run() wall %.3f s, cpu %.3f s; setup wall %.3f s\n",
-                    tt.size(), median(tn), median(ta), median(tf), median(tr), median(ts), median(tt),
-                    median(wr), median(cr), median(ws));
+        std::printf(
+            "ours memory (first run): sizes total %.1f MB + factor work %.1f MB = %.1f MB; VmRSS before "
+            "%.1f MB, VmHWM before %.1f MB, after %.1f MB, peak growth over VmRSS %.1f MB\n",
+            first.size_total, first.size_spare, first.size_total + first.size_spare, first.rss_before, first.hwm_before,
+            first.hwm_after, first.hwm_after - first.rss_before);
+        std::printf("ours: %u free DOFs, size Kf %.1f MB, pivots [%.3e, %.3e], energy %.9e\n", ours.nbr_free_DOFs,
+                    ours.size_Kf, ours.pivot_min, ours.pivot_max, ours.energy);
+        std::printf(
+            "ours (median of %zu): numbering %.3f s, assembly %.3f s, factor %.3f s, RHS %.3f s, "
+            "solve %.3f s, total %.3f s; run() wall %.3f s, cpu %.3f s; setup wall %.3f s\n",
+            tt.size(), median(tn), median(ta), median(tf), median(tr), median(ts), median(tt), median(wr), median(cr),
+            median(ws));
     } else {
         std::printf("ours: NOT RUNNABLE: %s\n", ours.status.c_str());
     }
@@ -499,14 +510,14 @@ int main(int argc, char** argv) {
             const std::string cpus = grep_log(dir + "/job.log", "cpu(s) for spooles");
             if (!cpus.empty()) ccx_solver += "; " + cpus;
             if (ccx_status == "ok")
-                std::printf("ccx (median of %zu): wall %.3f s, cpu %.3f s%s%s\n", cw.size(), median(cw),
-                            median(cc), ccx_solver.empty() ? "" : "; log: ", ccx_solver.c_str());
+                std::printf("ccx (median of %zu): wall %.3f s, cpu %.3f s%s%s\n", cw.size(), median(cw), median(cc),
+                            ccx_solver.empty() ? "" : "; log: ", ccx_solver.c_str());
             else
                 std::printf("ccx: %s\n", ccx_status.c_str());
         }
         if (temp_dir) {
-            for (const char* f : {"job.inp", "job.dat", "job.log", "job.sta", "job.cvg", "job.frd",
-                                  "spooles.out", "job.12d"})
+            for (const char* f :
+                 {"job.inp", "job.dat", "job.log", "job.sta", "job.cvg", "job.frd", "spooles.out", "job.12d"})
                 std::remove((dir + "/" + f).c_str());
             rmdir(dir.c_str());
         }
@@ -523,23 +534,25 @@ int main(int argc, char** argv) {
             max_ref = std::max(max_ref, std::fabs(Uc[i]));
         }
         max_rel = max_ref > 0 ? max_abs / max_ref : 0.0;
-        std::printf("ratio ours total / ccx wall: %.3f (processor time: %.3f); max |u_ours - u_ccx| %.3e, "
-                    "relative to max |u| (%.6e): %.3e\n",
-                    ratio, ratio_cpu, max_abs, max_ref, max_rel);
+        std::printf(
+            "ratio ours total / ccx wall: %.3f (processor time: %.3f); max |u_ours - u_ccx| %.3e, "
+            "relative to max |u| (%.6e): %.3e\n",
+            ratio, ratio_cpu, max_abs, max_ref, max_rel);
     }
 
     const double load_after = load_average();
     std::printf("load average (1 min) before %.2f, after %.2f\n", load_before, load_after);
-    std::printf("{\"bench\":\"static_bench\",\"nx\":%u,\"ny\":%u,\"nz\":%u,\"threads\":%u,\"reps\":%u,"
-                "\"ours_status\":\"%s\",\"free_dofs\":%u,\"time_numbering\":%.4f,\"time_assembly\":%.4f,"
-                "\"time_factor\":%.4f,\"time_RHS\":%.4f,\"time_solve\":%.4f,\"time_total\":%.4f,"
-                "\"run_wall\":%.4f,\"run_cpu\":%.4f,\"setup_wall\":%.4f,\"size_Kf_MB\":%.2f,"
-                "\"ccx_status\":\"%s\",\"ccx_wall\":%.4f,\"ccx_cpu\":%.4f,\"ratio\":%.4f,\"ratio_cpu\":%.4f,"
-                "\"max_abs_diff\":%.4e,\"max_rel_diff\":%.4e,\"max_disp\":%.6e,"
-                "\"load_before\":%.2f,\"load_after\":%.2f}\n",
-                o.nx, o.ny, o.nz, o.threads, o.reps, json_escape(ours.status).c_str(), ours.nbr_free_DOFs,
-                median(tn), median(ta), median(tf), median(tr), median(ts), median(tt), median(wr),
-                median(cr), median(ws), ours.size_Kf, json_escape(ccx_status).c_str(), median(cw), median(cc),
-                ratio, ratio_cpu, max_abs, max_rel, max_ref, load_before, load_after);
+    std::printf(
+        "{\"bench\":\"static_bench\",\"nx\":%u,\"ny\":%u,\"nz\":%u,\"threads\":%u,\"reps\":%u,"
+        "\"ours_status\":\"%s\",\"free_dofs\":%u,\"time_numbering\":%.4f,\"time_assembly\":%.4f,"
+        "\"time_factor\":%.4f,\"time_RHS\":%.4f,\"time_solve\":%.4f,\"time_total\":%.4f,"
+        "\"run_wall\":%.4f,\"run_cpu\":%.4f,\"setup_wall\":%.4f,\"size_Kf_MB\":%.2f,"
+        "\"ccx_status\":\"%s\",\"ccx_wall\":%.4f,\"ccx_cpu\":%.4f,\"ratio\":%.4f,\"ratio_cpu\":%.4f,"
+        "\"max_abs_diff\":%.4e,\"max_rel_diff\":%.4e,\"max_disp\":%.6e,"
+        "\"load_before\":%.2f,\"load_after\":%.2f}\n",
+        o.nx, o.ny, o.nz, o.threads, o.reps, json_escape(ours.status).c_str(), ours.nbr_free_DOFs, median(tn),
+        median(ta), median(tf), median(tr), median(ts), median(tt), median(wr), median(cr), median(ws), ours.size_Kf,
+        json_escape(ccx_status).c_str(), median(cw), median(cc), ratio, ratio_cpu, max_abs, max_rel, max_ref,
+        load_before, load_after);
     return ours.ok && (o.ccx.empty() || ccx_status == "ok") ? 0 : 1;
 }

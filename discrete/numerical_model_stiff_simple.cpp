@@ -1,5 +1,5 @@
-#include <orv/fem/error_type.h>
 #include "discrete/numerical_model_stiff_simple.h"
+#include <orv/fem/error_type.h>
 
 #include <orv/fem/elementary_load.h>
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <orv/fem/error_type.h>
+#include <orv/fem/field_tag.h>
 #include <cstddef>
 #include <cstdint>
 
@@ -37,7 +38,7 @@ public:
     }
     // The penalty of a DOF: displacement, rotation or temperature by ID % 9.
     static double penalty_of(const assembly_params& params, unsigned ID) {
-        const unsigned p = ID % 9;
+        const unsigned p = ID % fem::DOFs_per_node;
         return p < 3 ? params.penalty_displacement : p < 6 ? params.penalty_rotation : params.penalty_temperature;
     }
     // The largest penalty among the DOFs of a list.

@@ -1,8 +1,8 @@
 // Public handle of the diagonal stiffness model.
 #include <orv/fem/stiffness_diag.h>
 
-#include "discrete/stiffness_handle_ops.h"
 #include "discrete/stiffness_diag.h"
+#include "discrete/stiffness_handle_ops.h"
 
 namespace orv {
 namespace fem {
@@ -13,7 +13,8 @@ stiffness_diag::stiffness_diag() = default;
 
 stiffness_diag::stiffness_diag(context& ctx) { create(ctx); }
 
-stiffness_diag::stiffness_diag(context& ctx, const dense1D<double>& values, const dense1D<unsigned int>& ids, int absolute) {
+stiffness_diag::stiffness_diag(context& ctx, const dense1D<double>& values, const dense1D<unsigned int>& ids,
+                               int absolute) {
     if (create(ctx) == no_error) init(values, ids, absolute);
 }
 

@@ -107,7 +107,8 @@ public:
     explicit stiffness_given(context_type* ctx) : numerical_model_stiff_simple(ctx) {}
 
     bool has_matrix(unsigned matrix_code) const override {
-        return matrix_code == fem::matrix_K || (absolute_ == 0 && (matrix_code == fem::matrix_penalty || matrix_code == fem::matrix_penalty_2));
+        return matrix_code == fem::matrix_K ||
+               (absolute_ == 0 && (matrix_code == fem::matrix_penalty || matrix_code == fem::matrix_penalty_2));
     }
     Ptr<DOF_index> element_DOFs() const override { return ids_; }
 

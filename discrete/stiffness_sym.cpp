@@ -13,7 +13,8 @@ stiffness_sym::stiffness_sym() = default;
 
 stiffness_sym::stiffness_sym(context& ctx) { create(ctx); }
 
-stiffness_sym::stiffness_sym(context& ctx, const symmetric_full<double>& values, const dense1D<unsigned int>& ids, int absolute) {
+stiffness_sym::stiffness_sym(context& ctx, const symmetric_full<double>& values, const dense1D<unsigned int>& ids,
+                             int absolute) {
     if (create(ctx) == no_error) init(values, ids, absolute);
 }
 

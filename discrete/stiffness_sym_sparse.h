@@ -9,7 +9,9 @@ namespace core {
 // Registered on its context at construction, with one element.
 class stiffness_sym_sparse : public stiffness_given<symmetric_sparse<double>> {
 public:
-    explicit stiffness_sym_sparse(context_type* ctx) : stiffness_given<symmetric_sparse<double>>(ctx) { register_self(1); }
+    explicit stiffness_sym_sparse(context_type* ctx) : stiffness_given<symmetric_sparse<double>>(ctx) {
+        register_self(1);
+    }
 };
 
 }  // namespace core

@@ -27,8 +27,8 @@ namespace core {
 template <class RunSettings, class RunData>
 class eigen_Lanczos_hybrid {
 public:
-    eigen_Lanczos_hybrid(const skyline_factor& K, const eigen_mass_operator& M,
-                         const eigen_settings& settings, const RunSettings& run, RunData& data)
+    eigen_Lanczos_hybrid(const skyline_factor& K, const eigen_mass_operator& M, const eigen_settings& settings,
+                         const RunSettings& run, RunData& data)
         : K_(K), M_(M), s_(settings), run_(run), data_(data) {}
 
     // Builds a basis of at most m vectors, then runs the subspace iteration on it. On
@@ -95,8 +95,8 @@ private:
 
 template <class RunSettings, class RunData>
 int eigen_Lanczos_hybrid<RunSettings, RunData>::solve_impl(std::size_t wanted, std::size_t m,
-                                                           dense2D_OOC<double>& modes,
-                                                           orv::dense1D<double, 8>& lambda, const Ptr<OOC_mgr>& mgr) {
+                                                           dense2D_OOC<double>& modes, orv::dense1D<double, 8>& lambda,
+                                                           const Ptr<OOC_mgr>& mgr) {
     lambda.clear();
     const std::size_t n = K_.dimension();
     if (n * m == 0) return fem::no_error;
@@ -108,8 +108,7 @@ int eigen_Lanczos_hybrid<RunSettings, RunData>::solve_impl(std::size_t wanted, s
     wanted = std::min(wanted, V.cols());
     if (!lambda.resize(wanted)) return fem::error_memory;
     log_line(run_, 2, "  Lanczos                          : %10.2f s.\n", now_seconds() - start);
-    if (stop_requested(run_, data_))
-        return data_.error_code ? data_.error_code : fem::warning_interrupted;
+    if (stop_requested(run_, data_)) return data_.error_code ? data_.error_code : fem::warning_interrupted;
     start = now_seconds();
     eigen_subspace<RunSettings, RunData> subspace(K_, M_, s_, run_, data_);
     rc = subspace.solve(wanted, V, V.cols(), lambda);

@@ -1,5 +1,5 @@
-#include <orv/fem/error_type.h>
 #include "eigen/eigen_kernels.h"
+#include <orv/fem/error_type.h>
 
 #include <algorithm>
 
@@ -40,8 +40,7 @@ int solve_columns(const skyline_factor& K, dense2D_OOC<double>& X, int n_threads
     return 0;
 }
 
-int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y,
-                 int n_threads) {
+int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y, int n_threads) {
     const std::size_t n = X.rows();
     if (Y.rows() != n || Y.cols() != X.cols() || M.dimension() != n) return fem::error_data;
     for (std::size_t c = 0; c < X.cols();) {

@@ -34,8 +34,7 @@ int solve_columns(const skyline_factor& K, dense2D_OOC<double>& X, int n_threads
 
 // Y := M X (Y has the shape of X). A product of at most 32 in columns * dim^2 runs on
 // one thread.
-int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y,
-                 int n_threads);
+int mass_product(const eigen_mass_operator& M, dense2D_OOC<double>& X, dense2D_OOC<double>& Y, int n_threads);
 
 // packed[(i + 1) * i / 2 + j] = X_i . Y_j for j <= i: the lower triangle of X^T Y,
 // packed by rows (the layout of symmetric_full).

@@ -93,8 +93,8 @@ long projected_pencil::solve(const double* Kr, bool mass_scaling, double* lambda
     return 0;
 }
 
-void select_window(const double* lambda, std::size_t m, double low, double high, std::size_t wanted,
-                   std::size_t& i0, std::size_t& i1) {
+void select_window(const double* lambda, std::size_t m, double low, double high, std::size_t wanted, std::size_t& i0,
+                   std::size_t& i1) {
     // lower_bound on both ends: a value equal to the upper bound is left out.
     i0 = std::size_t(std::lower_bound(lambda, lambda + m, low) - lambda);
     i1 = std::size_t(std::lower_bound(lambda, lambda + m, high) - lambda);

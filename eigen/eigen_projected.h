@@ -45,8 +45,8 @@ private:
 // infinite bound is no bound), reduced to `wanted` values when there are more: those
 // next to the one finite bound, or, with both finite, next to the bound of smaller
 // magnitude; with no finite bound, the lowest ones.
-void select_window(const double* lambda, std::size_t m, double low, double high, std::size_t wanted,
-                   std::size_t& i0, std::size_t& i1);
+void select_window(const double* lambda, std::size_t m, double low, double high, std::size_t wanted, std::size_t& i0,
+                   std::size_t& i1);
 
 }  // namespace core
 }  // namespace orv

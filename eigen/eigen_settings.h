@@ -16,13 +16,13 @@ namespace core {
 // What a run tells an eigen solver. The pencil is K x = lambda M x; the factor handed
 // to the solver holds K - shift * M.
 struct eigen_settings {
-    double tolerance = 0.001;       // on the relative change of the extreme eigenvalues
-    unsigned max_iterations = 50;   // rounds of the subspace iteration
-    double low = -HUGE_VAL;         // window of eigenvalues [low, high) of the unshifted K
+    double tolerance = 0.001;      // on the relative change of the extreme eigenvalues
+    unsigned max_iterations = 50;  // rounds of the subspace iteration
+    double low = -HUGE_VAL;        // window of eigenvalues [low, high) of the unshifted K
     double high = HUGE_VAL;
-    double shift = 0.0;             // sigma of the factor K - sigma M
-    bool mass_scaling = true;       // modes of unit M norm; false: of unit Euclidean norm
-    int n_threads = 1;              // threads of the solves and products
+    double shift = 0.0;        // sigma of the factor K - sigma M
+    bool mass_scaling = true;  // modes of unit M norm; false: of unit Euclidean norm
+    int n_threads = 1;         // threads of the solves and products
     // Called after each round with its number (from 1) and its convergence value.
     void (*iteration_hook)(void* pass_thru, unsigned iteration, double residue) = nullptr;
     void* pass_thru = nullptr;

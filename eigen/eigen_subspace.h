@@ -37,11 +37,12 @@ public:
     // On return X shares the modes whose eigenvalues fall into the window, at most
     // `wanted` of them, ascending, and lambda holds those eigenvalues (of the unshifted
     // pencil). Returns 0; -10 when stopped by the interrupt hook (no modes: a stop
-    // comes between rounds, when the block holds M times the Ritz vectors); -109 (error_convergence) when max_iterations rounds did not
-    // converge (the modes of the last round are kept); -101 for inconsistent
-    // arguments, -199 on exhaustion, -200 when columns cannot be made resident, or the
-    // run's standing error code (nothing is returned then).
-    int solve(std::size_t wanted, dense2D_OOC<double>& X, std::size_t n_given, orv::dense1D<double, 8>& lambda) noexcept {
+    // comes between rounds, when the block holds M times the Ritz vectors); -109 (error_convergence) when
+    // max_iterations rounds did not converge (the modes of the last round are kept); -101 for inconsistent arguments,
+    // -199 on exhaustion, -200 when columns cannot be made resident, or the run's standing error code (nothing is
+    // returned then).
+    int solve(std::size_t wanted, dense2D_OOC<double>& X, std::size_t n_given,
+              orv::dense1D<double, 8>& lambda) noexcept {
         iterations_ = 0;
         residue_ = 1.0;
         try {
@@ -72,8 +73,8 @@ private:
 };
 
 template <class RunSettings, class RunData>
-int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D_OOC<double>& X_io,
-                                                     std::size_t n_given, orv::dense1D<double, 8>& lambda_out) {
+int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D_OOC<double>& X_io, std::size_t n_given,
+                                                     orv::dense1D<double, 8>& lambda_out) {
     namespace ek = eigen_kernels;
     const std::size_t n = K_.dimension();
     std::size_t m = X_io.cols();

@@ -106,15 +106,13 @@ public:
             const double* v = dir == 0 ? ua[t] : ub[t];
             d.e[t] = dot(x, v) + 0.5 * f * dot(v, v);
             for (unsigned i = 0; i < NN; ++i)
-                for (unsigned c = 0; c < ND; ++c)
-                    d.B[t][ND * i + c] = c < nc ? dN[t][i][dir] * (x[c] + f * v[c]) : 0.0;
+                for (unsigned c = 0; c < ND; ++c) d.B[t][ND * i + c] = c < nc ? dN[t][i][dir] * (x[c] + f * v[c]) : 0.0;
         }
         d.e[4] = dot(xa[4], ub[4]) + dot(xb[4], ua[4]) + f * dot(ua[4], ub[4]);
         for (unsigned i = 0; i < NN; ++i)
             for (unsigned c = 0; c < ND; ++c)
-                d.B[4][ND * i + c] = c < nc ? dN[4][i][0] * (xb[4][c] + f * ub[4][c]) +
-                                                  dN[4][i][1] * (xa[4][c] + f * ua[4][c])
-                                            : 0.0;
+                d.B[4][ND * i + c] =
+                    c < nc ? dN[4][i][0] * (xb[4][c] + f * ub[4][c]) + dN[4][i][1] * (xa[4][c] + f * ua[4][c]) : 0.0;
     }
 
     // The weights W (3 x 5) of the tying values in the Cartesian strains E11, E22,

@@ -24,8 +24,7 @@ constexpr bool table_is_consistent() {
     for (unsigned i = 0; i < family_table_size; ++i) {
         const family_entry& e = family_table[i];
         if (!e.main.exists() || !e.load.exists()) return false;
-        if (!rule_fits_shape(e.main.rule, e.shape) || !rule_fits_shape(e.load.rule, e.shape))
-            return false;
+        if (!rule_fits_shape(e.main.rule, e.shape) || !rule_fits_shape(e.load.rule, e.shape)) return false;
         if (e.instances == 0) return false;
         for (unsigned j = 0; j < i; ++j) {
             const family_entry& f = family_table[j];

@@ -64,13 +64,21 @@ struct point_set_spec {
 template <rule_kind K, unsigned N1, unsigned N2 = 0, unsigned N3 = 0>
 struct point_set_for;
 template <unsigned N>
-struct point_set_for<rule_kind::edge, N> { using type = local_points_set<Gauss_edge, N>; };
+struct point_set_for<rule_kind::edge, N> {
+    using type = local_points_set<Gauss_edge, N>;
+};
 template <unsigned N>
-struct point_set_for<rule_kind::faceT, N> { using type = local_points_set<Gauss_faceT, N>; };
+struct point_set_for<rule_kind::faceT, N> {
+    using type = local_points_set<Gauss_faceT, N>;
+};
 template <unsigned N>
-struct point_set_for<rule_kind::tetra, N> { using type = local_points_set<Gauss_tetra, N>; };
+struct point_set_for<rule_kind::tetra, N> {
+    using type = local_points_set<Gauss_tetra, N>;
+};
 template <unsigned N>
-struct point_set_for<rule_kind::pyramid, N> { using type = local_points_set<Gauss_pyramid, N>; };
+struct point_set_for<rule_kind::pyramid, N> {
+    using type = local_points_set<Gauss_pyramid, N>;
+};
 template <unsigned N1, unsigned N2>
 struct point_set_for<rule_kind::faceQ, N1, N2> {
     using type = local_points_set_prod2<Gauss_faceQ, N1, N2>;
@@ -85,14 +93,36 @@ struct point_set_for<rule_kind::hexa, N1, N2, N3> {
 };
 
 // The point_set_spec of a point set type.
-template <class Rule> struct rule_kind_of;
-template <> struct rule_kind_of<Gauss_edge> { static constexpr rule_kind value = rule_kind::edge; };
-template <> struct rule_kind_of<Gauss_faceT> { static constexpr rule_kind value = rule_kind::faceT; };
-template <> struct rule_kind_of<Gauss_tetra> { static constexpr rule_kind value = rule_kind::tetra; };
-template <> struct rule_kind_of<Gauss_pyramid> { static constexpr rule_kind value = rule_kind::pyramid; };
-template <> struct rule_kind_of<Gauss_faceQ> { static constexpr rule_kind value = rule_kind::faceQ; };
-template <> struct rule_kind_of<Gauss_wedge> { static constexpr rule_kind value = rule_kind::wedge; };
-template <> struct rule_kind_of<Gauss_hexa> { static constexpr rule_kind value = rule_kind::hexa; };
+template <class Rule>
+struct rule_kind_of;
+template <>
+struct rule_kind_of<Gauss_edge> {
+    static constexpr rule_kind value = rule_kind::edge;
+};
+template <>
+struct rule_kind_of<Gauss_faceT> {
+    static constexpr rule_kind value = rule_kind::faceT;
+};
+template <>
+struct rule_kind_of<Gauss_tetra> {
+    static constexpr rule_kind value = rule_kind::tetra;
+};
+template <>
+struct rule_kind_of<Gauss_pyramid> {
+    static constexpr rule_kind value = rule_kind::pyramid;
+};
+template <>
+struct rule_kind_of<Gauss_faceQ> {
+    static constexpr rule_kind value = rule_kind::faceQ;
+};
+template <>
+struct rule_kind_of<Gauss_wedge> {
+    static constexpr rule_kind value = rule_kind::wedge;
+};
+template <>
+struct rule_kind_of<Gauss_hexa> {
+    static constexpr rule_kind value = rule_kind::hexa;
+};
 
 template <class Rule, unsigned N>
 constexpr point_set_spec spec_of(const local_points_set<Rule, N>*) {
@@ -138,39 +168,26 @@ constexpr rule_kind rule_family_of(orv::fem::element_type type) {
 // element's local basis is evaluated.
 template <class Shape>
 struct centre_point_set {
-    static constexpr rule_kind kind =
-        rule_family_of(static_cast<orv::fem::element_type>(Shape::element_type_value));
+    static constexpr rule_kind kind = rule_family_of(static_cast<orv::fem::element_type>(Shape::element_type_value));
     static constexpr bool product2 = kind == rule_kind::faceQ || kind == rule_kind::wedge;
     using type = typename point_set_for<kind, 1, (product2 || kind == rule_kind::hexa) ? 1 : 0,
                                         kind == rule_kind::hexa ? 1 : 0>::type;
 };
 
 // The kind of mesh model an entry instantiates.
-enum class mesh_kind : unsigned char {
-    stiffness,
-    mass,
-    heat_conduction,
-    heat_capacity,
-    heat_convection,
-    load_only
-};
+enum class mesh_kind : unsigned char { stiffness, mass, heat_conduction, heat_capacity, heat_convection, load_only };
 
 // Instances of a physics: small strain (_lin), the finite variants (_gnld, _gnls,
 // _gnl). Physics with a single instance use instance_lin.
-enum : unsigned {
-    instance_lin = 1u,
-    instance_gnld = 2u,
-    instance_gnls = 4u,
-    instance_gnl = 8u
-};
+enum : unsigned { instance_lin = 1u, instance_gnld = 2u, instance_gnls = 4u, instance_gnl = 8u };
 
 // The integration weight of an axisymmetric entry is multiplied by 2 pi r.
 constexpr double axi_two_pi = 6.283185307179586;
 
 struct family_entry {
-    const char* physics;      // engine physics class
+    const char* physics;  // engine physics class
     mesh_kind kind;
-    unsigned instances;       // instance bits served by this entry
+    unsigned instances;  // instance bits served by this entry
     orv::fem::element_type shape;
     point_set_spec main;      // stiffness, conduction, capacity or mass integral
     point_set_spec load;      // external work integral
@@ -184,9 +201,7 @@ namespace family_detail {
 constexpr point_set_spec CF{rule_kind::closed_form, 0, 0, 0};
 constexpr point_set_spec E(unsigned n) { return {rule_kind::edge, (unsigned char)n, 0, 0}; }
 constexpr point_set_spec T(unsigned n) { return {rule_kind::faceT, (unsigned char)n, 0, 0}; }
-constexpr point_set_spec Q(unsigned n) {
-    return {rule_kind::faceQ, (unsigned char)n, (unsigned char)n, 0};
-}
+constexpr point_set_spec Q(unsigned n) { return {rule_kind::faceQ, (unsigned char)n, (unsigned char)n, 0}; }
 constexpr point_set_spec Te(unsigned n) { return {rule_kind::tetra, (unsigned char)n, 0, 0}; }
 constexpr point_set_spec P(unsigned n) { return {rule_kind::pyramid, (unsigned char)n, 0, 0}; }
 constexpr point_set_spec W(unsigned ne, unsigned nt) {
@@ -202,10 +217,9 @@ constexpr unsigned single = instance_lin;
 using K = mesh_kind;
 
 namespace fe = orv::fem;
-constexpr fe::element_type e2 = fe::FE_edge2, e3 = fe::FE_edge3, e4 = fe::FE_edge4,
-                           t3 = fe::FE_faceT3, t6 = fe::FE_faceT6, q4 = fe::FE_faceQ4,
-                           q9 = fe::FE_faceQ9, te4 = fe::FE_tetra4, te10 = fe::FE_tetra10,
-                           p5 = fe::FE_pyramid5, p14 = fe::FE_pyramid14, w6 = fe::FE_wedge6,
+constexpr fe::element_type e2 = fe::FE_edge2, e3 = fe::FE_edge3, e4 = fe::FE_edge4, t3 = fe::FE_faceT3,
+                           t6 = fe::FE_faceT6, q4 = fe::FE_faceQ4, q9 = fe::FE_faceQ9, te4 = fe::FE_tetra4,
+                           te10 = fe::FE_tetra10, p5 = fe::FE_pyramid5, p14 = fe::FE_pyramid14, w6 = fe::FE_wedge6,
                            w18 = fe::FE_wedge18, h8 = fe::FE_hexa8, h27 = fe::FE_hexa27;
 
 constexpr bool same_name(const char* a, const char* b) {
@@ -368,12 +382,10 @@ inline constexpr unsigned family_table_size = sizeof(family_table) / sizeof(fami
 
 // The entry of a physics, a shape and one instance bit; nullptr
 // when the combination has no model.
-constexpr const family_entry* find_family_entry(const char* physics, unsigned shape,
-                                                unsigned instance = instance_lin) {
+constexpr const family_entry* find_family_entry(const char* physics, unsigned shape, unsigned instance = instance_lin) {
     for (unsigned i = 0; i < family_table_size; ++i) {
         const family_entry& e = family_table[i];
-        if (e.shape == shape && (e.instances & instance) != 0 &&
-            family_detail::same_name(e.physics, physics))
+        if (e.shape == shape && (e.instances & instance) != 0 && family_detail::same_name(e.physics, physics))
             return &e;
     }
     return nullptr;

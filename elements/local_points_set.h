@@ -53,8 +53,7 @@ struct local_points_set_prod2 {
     using rule_type = Rule;
     static constexpr unsigned dim = Rule::dim;
     static constexpr unsigned size = N1 * N2;
-    static constexpr std::array<local_point, N1 * N2> points =
-        points_detail::table2<Rule, N1, N2>();
+    static constexpr std::array<local_point, N1* N2> points = points_detail::table2<Rule, N1, N2>();
     static constexpr const local_point& point(unsigned index) { return points[index]; }
 };
 
@@ -65,8 +64,7 @@ struct local_points_set_prod3 {
     using rule_type = Rule;
     static constexpr unsigned dim = Rule::dim;
     static constexpr unsigned size = N1 * N2 * N3;
-    static constexpr std::array<local_point, N1 * N2 * N3> points =
-        points_detail::table3<Rule, N1, N2, N3>();
+    static constexpr std::array<local_point, N1* N2* N3> points = points_detail::table3<Rule, N1, N2, N3>();
     static constexpr const local_point& point(unsigned index) { return points[index]; }
 };
 

@@ -40,7 +40,8 @@ numerical_model_base* make_face(context_type* ctx, const Ptr<physics_model_base>
 numerical_model_base* create_mass_mesh_face(context_type* ctx, const Ptr<physics_model_base>& physics,
                                             const dense2D<unsigned int>& connectivity, fem::element_type type) {
     switch (physics->get_family_code()) {
-        case mass_displacement_2d::family_code: return make_face<mass_displacement_2d>(ctx, physics, connectivity, type);
+        case mass_displacement_2d::family_code:
+            return make_face<mass_displacement_2d>(ctx, physics, connectivity, type);
         case mass_axi3d::family_code: return make_face<mass_axi3d>(ctx, physics, connectivity, type);
         default: return nullptr;
     }

@@ -43,8 +43,7 @@ struct mechanical_displacement_1d_kinematics {
     }
 
     template <unsigned NN>
-    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps,
-                         double (*B)[3 * NN]) {
+    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps, double (*B)[3 * NN]) {
         double a[3];
         derivative(geo, u, a);
         const double* t = geo.T[0];

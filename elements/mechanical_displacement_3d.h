@@ -48,8 +48,7 @@ struct mechanical_displacement_3d_kinematics {
             for (unsigned k = 0; k < 9; ++k) F[k] += H[k];
             double G[9];
             for (unsigned k = 0; k < 3; ++k)
-                for (unsigned l = 0; l < 3; ++l)
-                    G[3 * k + l] = H[k] * H[l] + H[3 + k] * H[3 + l] + H[6 + k] * H[6 + l];
+                for (unsigned l = 0; l < 3; ++l) G[3 * k + l] = H[k] * H[l] + H[3 + k] * H[3 + l] + H[6 + k] * H[6 + l];
             eps[0] = H[0] + 0.5 * G[0];
             eps[1] = H[4] + 0.5 * G[4];
             eps[2] = H[8] + 0.5 * G[8];
@@ -97,8 +96,10 @@ struct mechanical_displacement_3d_kinematics {
     }
 };
 
-using mechanical_displacement_3d_lin = mechanical_displacement_3d_kinematics<small_strain_tag, small_transformation_tag>;
-using mechanical_displacement_3d_gnl = mechanical_displacement_3d_kinematics<finite_strain_tag, finite_transformation_tag>;
+using mechanical_displacement_3d_lin =
+    mechanical_displacement_3d_kinematics<small_strain_tag, small_transformation_tag>;
+using mechanical_displacement_3d_gnl =
+    mechanical_displacement_3d_kinematics<finite_strain_tag, finite_transformation_tag>;
 
 }  // namespace core
 }  // namespace orv

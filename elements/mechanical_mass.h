@@ -24,7 +24,8 @@ namespace core {
 // strain and no mesh_material: the law is read directly by the mass server.
 class mass_physics : public physics_model_base {
 public:
-    mass_physics(unsigned family, const Ptr<law_scalar>& density) : physics_model_base(family, family), density_(density) {
+    mass_physics(unsigned family, const Ptr<law_scalar>& density)
+        : physics_model_base(family, family), density_(density) {
         set_material(Ptr<mesh_material>(), Ptr<ref_counted>(density.get()));
     }
     const law_scalar* density() const { return density_.get(); }

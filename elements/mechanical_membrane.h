@@ -31,8 +31,7 @@ struct mechanical_membrane_kinematics {
     // 2 E12 = e1 . a2 + e2 . a1; finite: the same with the quadratic terms a1 . a1 / 2,
     // a2 . a2 / 2 and a1 . a2, out-of-plane stretching included.
     template <unsigned NN>
-    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps,
-                         double (*B)[3 * NN]) {
+    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps, double (*B)[3 * NN]) {
         double a1[3] = {0, 0, 0}, a2[3] = {0, 0, 0};
         for (unsigned i = 0; i < NN; ++i)
             for (unsigned d = 0; d < 3; ++d) {

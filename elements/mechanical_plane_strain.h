@@ -20,9 +20,9 @@ enum class planar_mode { plane_strain, axi, axi_torsion };
 
 template <planar_mode Mode, class StrainTag, class TransformationTag>
 struct planar_kinematics {
-    using physics_type = std::conditional_t<
-        Mode == planar_mode::plane_strain, mechanical_plane_strain,
-        std::conditional_t<Mode == planar_mode::axi, mechanical_displacement_axi3d, mechanical_displacement_axi_torsion>>;
+    using physics_type = std::conditional_t<Mode == planar_mode::plane_strain, mechanical_plane_strain,
+                                            std::conditional_t<Mode == planar_mode::axi, mechanical_displacement_axi3d,
+                                                               mechanical_displacement_axi_torsion>>;
     static constexpr bool finite = std::is_same<StrainTag, finite_strain_tag>::value;
     static constexpr unsigned nbr_dofs = Mode == planar_mode::axi_torsion ? 3 : 2;
     static constexpr unsigned nbr_strains = 6;
@@ -46,8 +46,7 @@ struct planar_kinematics {
     // Strains in the axes of the plane (x0, x1, normal or hoop); the server turns
     // them into a law's material frame.
     template <unsigned NN>
-    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps,
-                         double (*B)[nbr_dofs * NN]) {
+    static void strain_B(const point_geometry<NN>& geo, const double* u, double* eps, double (*B)[nbr_dofs * NN]) {
         constexpr unsigned nd = nbr_dofs;
         double H[4] = {0, 0, 0, 0};  // H(d, k) = du_d / dx_k, in-plane
         double ur = 0.0;             // radial displacement at the point

@@ -72,8 +72,8 @@ void solid_geometry(const Table& t, unsigned p, const double (*X)[3], point_geom
         geo.N[i] = t.N[p][i];
         geo.r += geo.N[i] * X[i][0];
         for (unsigned b = 0; b < 3; ++b)
-            geo.g[i][b] = inv[3 * b + 0] * t.dN[p][i][0] + inv[3 * b + 1] * t.dN[p][i][1] +
-                          inv[3 * b + 2] * t.dN[p][i][2];
+            geo.g[i][b] =
+                inv[3 * b + 0] * t.dN[p][i][0] + inv[3 * b + 1] * t.dN[p][i][1] + inv[3 * b + 2] * t.dN[p][i][2];
     }
 }
 
@@ -106,7 +106,6 @@ void planar_geometry(const Table& t, unsigned p, const double (*X)[3], point_geo
         geo.g[i][2] = 0.0;
     }
 }
-
 
 // The rotation of six-slot strains (E11, E22, E33, 2 E12, 2 E13, 2 E23) into a frame
 // whose axis k has the components Q(d, k) (row-major, one axis per column):

@@ -43,9 +43,8 @@ public:
     // stress on entry and the stress on return; D is the full n x n tangent,
     // row-major. `flags` bit 0: commit the states, bit 1: first iteration of a step.
     // Returns 0 or the law's negative code.
-    virtual int compute(const material_point_key& key, const double* strain, double* D,
-                        double* stress, double& energy, unsigned flags,
-                        const assembly_params& params) const = 0;
+    virtual int compute(const material_point_key& key, const double* strain, double* D, double* stress, double& energy,
+                        unsigned flags, const assembly_params& params) const = 0;
 
     // Whether the law keeps states per point.
     virtual bool has_states() const { return false; }

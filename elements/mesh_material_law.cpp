@@ -10,8 +10,8 @@ constexpr unsigned max_states = 64;
 
 // The law's compute on N slots, from and to the kernel's plain arrays (D row-major).
 template <class Law>
-int compute_slots(const Law& law, const law_key& k, const double* strain, double* D, double* stress,
-                  double& energy, unsigned flags) {
+int compute_slots(const Law& law, const law_key& k, const double* strain, double* D, double* stress, double& energy,
+                  unsigned flags) {
     constexpr unsigned N = Law::nbr_strains;
     typename Law::strain_type e;
     typename Law::stress_type s;

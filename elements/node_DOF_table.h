@@ -3,6 +3,7 @@
 // coefficient record of that node.
 #pragma once
 
+#include <orv/fem/field_tag.h>
 #include <array>
 #include <utility>
 
@@ -21,9 +22,8 @@ using node_DOF_table = std::array<node_DOF_record<Shape>, Shape::nbr_nodes>;
 namespace node_table_detail {
 
 template <class Shape, std::size_t... I>
-void build_unrolled(const unsigned* element_nodes, node_DOF_table<Shape>& table,
-                    std::index_sequence<I...>) {
-    ((table[I] = node_DOF_record<Shape>{element_nodes[I] * 9u, unsigned(I),
+void build_unrolled(const unsigned* element_nodes, node_DOF_table<Shape>& table, std::index_sequence<I...>) {
+    ((table[I] = node_DOF_record<Shape>{element_nodes[I] * orv::fem::DOFs_per_node, unsigned(I),
                                         typename Shape::node_type(unsigned(I))}),
      ...);
 }
@@ -34,15 +34,13 @@ void build_unrolled(const unsigned* element_nodes, node_DOF_table<Shape>& table,
 // global node IDs, already checked by the caller). The unrolled and the looping
 // forms give the same table.
 template <class Shape>
-void build_node_DOF_table(const unsigned* element_nodes, node_DOF_table<Shape>& table,
-                          bool unrolled) {
+void build_node_DOF_table(const unsigned* element_nodes, node_DOF_table<Shape>& table, bool unrolled) {
     if (unrolled) {
-        node_table_detail::build_unrolled<Shape>(element_nodes, table,
-                                                 std::make_index_sequence<Shape::nbr_nodes>());
+        node_table_detail::build_unrolled<Shape>(element_nodes, table, std::make_index_sequence<Shape::nbr_nodes>());
         return;
     }
     for (unsigned i = 0; i < Shape::nbr_nodes; ++i)
-        table[i] = node_DOF_record<Shape>{element_nodes[i] * 9u, i, Shape::nodes[i]};
+        table[i] = node_DOF_record<Shape>{element_nodes[i] * orv::fem::DOFs_per_node, i, Shape::nodes[i]};
 }
 
 }  // namespace elfes

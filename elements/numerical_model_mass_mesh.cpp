@@ -1,6 +1,7 @@
 // The shape-independent part of the mass meshes: element matrix on the DOFs, lumping,
 // inertial vector, and the creation path.
 #include "elements/numerical_model_mass_mesh.h"
+#include <orv/fem/field_tag.h>
 
 #include <orv/fem/error_type.h>
 
@@ -22,7 +23,7 @@ int mass_mesh_base::get_local_basis(const dense2D<double>&, std::uint32_t elemen
 }
 
 int mass_mesh_base::finish_element(element_workspace& ws, unsigned nn, unsigned nd, const unsigned* local,
-                             const double* m) const {
+                                   const double* m) const {
     const bool want_matrix = ws.matrix_level == 1 || ws.matrix_level == 2;
     const bool want_vector = ws.vector_level > 0 && ws.U;
     if (!want_matrix && !want_vector) return 0;
@@ -86,17 +87,17 @@ bool lump_element_matrix(element_workspace& ws) {
         double sum_diag = 0.0, off = 0.0;
         std::size_t count = 0;
         for (std::size_t a = 0; a < n; ++a) {
-            if (ids[a] % 9 != s) continue;
+            if (ids[a] % fem::DOFs_per_node != s) continue;
             ++count;
             sum_diag += M(a, a);
             for (std::size_t b = 0; b < a; ++b)
-                if (ids[b] % 9 == s) off += M(a, b);
+                if (ids[b] % fem::DOFs_per_node == s) off += M(a, b);
         }
         if (count == 0) continue;
         const double total = sum_diag + 2.0 * off;
         if (total == 0.0) continue;
         for (std::size_t a = 0; a < n; ++a) {
-            if (ids[a] % 9 != s) continue;
+            if (ids[a] % fem::DOFs_per_node != s) continue;
             ws.diag[a] = sum_diag != 0.0 ? M(a, a) * total / sum_diag : total / double(count);
         }
     }

@@ -26,7 +26,8 @@ public:
     bool accepts_load(const fem::elementary_load&) const override { return false; }
     bool has_internal_states() const override { return false; }
     // A mass has no material frame: the identity, for an element in range.
-    int get_local_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const override;
+    int get_local_basis(const dense2D<double>& pos, std::uint32_t element,
+                        matrix_fixed<double, 3, 3>& R) const override;
     // A mass mesh has no stresses or strains.
     int get_point_values(std::uint32_t, const dense2D<double>&, const DOF_vector*, dense2D<double>&) const override {
         return fem::error_data;

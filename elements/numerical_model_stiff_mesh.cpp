@@ -1,5 +1,6 @@
 // The shape-independent part of the mesh models and their creation path.
 #include "elements/numerical_model_stiff_mesh.h"
+#include <orv/fem/field_tag.h>
 
 #include <algorithm>
 #include <cmath>
@@ -24,7 +25,7 @@ stiff_mesh_base::stiff_mesh_base(context_type* ctx, const Ptr<physics_model_base
       bad_(connectivity.cols(), 0) {}
 
 void stiff_mesh_base::mark_element(std::uint32_t element, double min_detJ, unsigned nn, const double (*X)[3],
-                                     unsigned dim) {
+                                   unsigned dim) {
     if (element >= bad_.size()) return;
     double lo[3], hi[3];
     for (unsigned c = 0; c < 3; ++c) lo[c] = hi[c] = X[0][c];
@@ -141,8 +142,8 @@ bool stiff_mesh_base::accepts_load(const fem::elementary_load& record) const {
     return !pressure || (physics_ && physics_->get_family_code() == mechanical_membrane::family_code);
 }
 
-int stiff_mesh_base::get_DOFs(const DOFs_mgr&, std::uint32_t element, unsigned matrix_code,
-                              dense1D<unsigned int>& list, const DOF_filter& filter) const {
+int stiff_mesh_base::get_DOFs(const DOFs_mgr&, std::uint32_t element, unsigned matrix_code, dense1D<unsigned int>& list,
+                              const DOF_filter& filter) const {
     if (!has_matrix(matrix_code) || !physics_) return 0;
     const std::uint32_t n = nbr_elements();
     std::uint32_t first = 0, end = n;
@@ -156,9 +157,9 @@ int stiff_mesh_base::get_DOFs(const DOFs_mgr&, std::uint32_t element, unsigned m
         for (std::size_t i = 0; i < connectivity_.rows(); ++i) {
             const unsigned node = connectivity_(i, e);
             if (node == 0xFFFFFFFFu) return fem::error_element_type;
-            if (node > 0xFFFFFFFEu / 9u) return fem::error_connectivity;  // no DOF ID of 32 bits
+            if (node > 0xFFFFFFFEu / fem::DOFs_per_node) return fem::error_connectivity;  // no DOF ID of 32 bits
             for (unsigned k = 0; k < nd; ++k) {
-                const unsigned ID = node * 9u + physics_->DOF_slot(k);
+                const unsigned ID = node * fem::DOFs_per_node + physics_->DOF_slot(k);
                 if (is_selected(ID, filter) && !list.push_back(ID)) return fem::error_memory;
             }
         }
@@ -199,7 +200,7 @@ bool stiff_mesh_base::has_internal_states() const {
 }
 
 int stiff_mesh_base::prepare_element(element_workspace& ws, unsigned nn, unsigned nd, unsigned* nodes, double (*X)[3],
-                               unsigned* local, bool planar) const {
+                                     unsigned* local, bool planar) const {
     ws.model_ID = ID();
     for (unsigned i = 0; i < nn; ++i) nodes[i] = 0xFFFFFFFFu;
     const std::uint32_t e = ws.element_ID;
@@ -239,7 +240,7 @@ int stiff_mesh_base::prepare_element(element_workspace& ws, unsigned nn, unsigne
     unsigned ids[27 * physics_model_base::max_DOF_slots];
     const unsigned n = nn * nd;
     for (unsigned i = 0; i < nn; ++i)
-        for (unsigned k = 0; k < nd; ++k) ids[i * nd + k] = nodes[i] * 9u + physics_->DOF_slot(k);
+        for (unsigned k = 0; k < nd; ++k) ids[i * nd + k] = nodes[i] * fem::DOFs_per_node + physics_->DOF_slot(k);
     if (!ws.set_DOFs(ids, n)) {
         ws.reset();
         return fem::error_memory;
@@ -249,11 +250,11 @@ int stiff_mesh_base::prepare_element(element_workspace& ws, unsigned nn, unsigne
 }
 
 bool stiff_mesh_base::gather_element(const element_workspace& ws, unsigned nn, unsigned nd, const unsigned* nodes,
-                               double* u) const {
+                                     double* u) const {
     if (!ws.U) return false;
     for (unsigned i = 0; i < nn; ++i)
         for (unsigned k = 0; k < nd; ++k) {
-            const double* v = ws.U->find(nodes[i] * 9u + physics_->DOF_slot(k));
+            const double* v = ws.U->find(nodes[i] * fem::DOFs_per_node + physics_->DOF_slot(k));
             u[i * nd + k] = v ? *v : 0.0;
         }
     return true;
@@ -273,7 +274,8 @@ void stiff_mesh_base::scatter_vector(element_workspace& ws, unsigned n, const un
     for (unsigned a = 0; a < n; ++a) ws.vector[local[a]] += f[a];
 }
 
-int stiff_mesh_base::add_nodal_matrix(element_workspace& ws, unsigned nn, const unsigned* nodes, const double* M) const {
+int stiff_mesh_base::add_nodal_matrix(element_workspace& ws, unsigned nn, const unsigned* nodes,
+                                      const double* M) const {
     if (!ws.set_DOFs(nodes, nn)) {
         ws.reset();
         return fem::error_memory;
@@ -350,7 +352,9 @@ int create_stiff_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
             case 3:
                 switch (elfes::rule_family_of(type)) {
                     case elfes::rule_kind::tetra: m = create_stiff_mesh_tetra(ctx, physics, connectivity, type); break;
-                    case elfes::rule_kind::pyramid: m = create_stiff_mesh_pyramid(ctx, physics, connectivity, type); break;
+                    case elfes::rule_kind::pyramid:
+                        m = create_stiff_mesh_pyramid(ctx, physics, connectivity, type);
+                        break;
                     case elfes::rule_kind::wedge: m = create_stiff_mesh_wedge(ctx, physics, connectivity, type); break;
                     case elfes::rule_kind::hexa: m = create_stiff_mesh_hexa(ctx, physics, connectivity, type); break;
                     default: break;

@@ -24,8 +24,8 @@ namespace core {
 
 class stiff_mesh_base : public numerical_model_base {
 public:
-    stiff_mesh_base(context_type* ctx, const Ptr<physics_model_base>& physics, const dense2D<unsigned int>& connectivity,
-                    fem::element_type type);
+    stiff_mesh_base(context_type* ctx, const Ptr<physics_model_base>& physics,
+                    const dense2D<unsigned int>& connectivity, fem::element_type type);
 
     Ptr<ref_counted> get_physics_model() const override;
     const physics_model_base* physics() const { return physics_.get(); }
@@ -43,7 +43,8 @@ public:
     bool accepts_load(const fem::elementary_load& record) const override;
     int get_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code, dense1D<unsigned int>& list,
                  const DOF_filter& filter) const override;
-    int get_element_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const override;
+    int get_element_basis(const dense2D<double>& pos, std::uint32_t element,
+                          matrix_fixed<double, 3, 3>& R) const override;
     bool has_internal_states() const override;
     // Stresses (the physics' n strain slots: rows 0 to n - 1) and strains (rows n to
     // 2 n - 1) at the points of the rule,
@@ -64,8 +65,8 @@ protected:
     // coordinate slots of the physics when `planar`), sets ws.DOFs to the sorted list
     // of the element's DOFs and `local` to the position of each local DOF (node by
     // node, nd per node) in it. Returns 0, -102 or -105 (after resetting ws).
-    int prepare_element(element_workspace& ws, unsigned nn, unsigned nd, unsigned* nodes, double (*X)[3], unsigned* local,
-                  bool planar) const;
+    int prepare_element(element_workspace& ws, unsigned nn, unsigned nd, unsigned* nodes, double (*X)[3],
+                        unsigned* local, bool planar) const;
     // The element's displacements in local order from ws.U; false when there is none.
     bool gather_element(const element_workspace& ws, unsigned nn, unsigned nd, const unsigned* nodes, double* u) const;
     // Adds the lower triangle of the n x n row-major K at the positions `local` of
@@ -266,7 +267,8 @@ public:
     // of a surface or line element at its centre, else the law's material frame
     // there, else the axes of a planar physics' plane (x0, x1, third), else the
     // identity.
-    int get_local_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const override {
+    int get_local_basis(const dense2D<double>& pos, std::uint32_t element,
+                        matrix_fixed<double, 3, 3>& R) const override {
         if (element >= nbr_elements()) return fem::error_index;
         for (unsigned i = 0; i < 3; ++i)
             for (unsigned j = 0; j < 3; ++j) R(i, j) = i == j ? 1.0 : 0.0;

@@ -12,12 +12,7 @@ namespace orv {
 namespace core {
 
 // Kinematics offsets added to a family code: small strain, and the finite variants.
-enum : unsigned {
-    kinematics_lin = 0u,
-    kinematics_gnls = 100u,
-    kinematics_gnld = 200u,
-    kinematics_gnl = 300u
-};
+enum : unsigned { kinematics_lin = 0u, kinematics_gnls = 100u, kinematics_gnld = 200u, kinematics_gnl = 300u };
 
 class physics_model_base : public ref_counted {
 public:
@@ -67,10 +62,10 @@ private:
 
 // The continuum physics of the mesh engine. Each is a physics_model_base with its
 // family code; the kernels that go with them are in the mechanical_* headers.
-#define ORV_MECHANICAL_PHYSICS(name, family)                                             \
-    class name : public physics_model_base {                                             \
-    public:                                                                              \
-        static constexpr unsigned family_code = family;                                  \
+#define ORV_MECHANICAL_PHYSICS(name, family)                                                    \
+    class name : public physics_model_base {                                                    \
+    public:                                                                                     \
+        static constexpr unsigned family_code = family;                                         \
         explicit name(unsigned kinematics) : physics_model_base(family, family + kinematics) {} \
     };
 

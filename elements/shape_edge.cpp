@@ -4,8 +4,7 @@ namespace elfes {
 
 const edge2::node_type edge2::nodes[2] = {node_type(0), node_type(1)};
 const edge3::node_type edge3::nodes[3] = {node_type(0), node_type(1), node_type(2)};
-const edge4::node_type edge4::nodes[4] = {node_type(0), node_type(1), node_type(2),
-                                          node_type(3)};
+const edge4::node_type edge4::nodes[4] = {node_type(0), node_type(1), node_type(2), node_type(3)};
 
 namespace {
 
@@ -19,9 +18,7 @@ void set_position(double* x, double xi) {
 
 // --- edge2 -----------------------------------------------------------------
 
-void edge2::node_position(unsigned i, double* x) {
-    set_position(x, i == 0 ? -1.0 : (i == 1 ? 1.0 : 0.0));
-}
+void edge2::node_position(unsigned i, double* x) { set_position(x, i == 0 ? -1.0 : (i == 1 ? 1.0 : 0.0)); }
 
 void edge2::values(const double* x, double* N) {
     for (unsigned i = 0; i < nbr_nodes; ++i) N[i] = nodes[i].s * x[0] + 0.5;
@@ -33,9 +30,7 @@ void edge2::gradients(const double*, double (*dN)[dim]) {
 
 // --- edge3 -----------------------------------------------------------------
 
-void edge3::node_position(unsigned i, double* x) {
-    set_position(x, i == 0 ? -1.0 : (i == 1 ? 1.0 : 0.0));
-}
+void edge3::node_position(unsigned i, double* x) { set_position(x, i == 0 ? -1.0 : (i == 1 ? 1.0 : 0.0)); }
 
 void edge3::values(const double* x, double* N) {
     const double t = x[0];

@@ -33,8 +33,7 @@ struct edge3 : shape_traits<3, 2, 1, 3, 1> {
         double c[3];
         constexpr node_type() : node_type(0u) {}
         constexpr explicit node_type(unsigned index)
-            : c{index == 2 ? 1.0 : 0.0, index == 0 ? -0.5 : (index == 1 ? 0.5 : 0.0),
-                index == 2 ? -1.0 : 0.5} {}
+            : c{index == 2 ? 1.0 : 0.0, index == 0 ? -0.5 : (index == 1 ? 0.5 : 0.0), index == 2 ? -1.0 : 0.5} {}
     };
     ELFES_SHAPE_INTERFACE
     static void second_derivatives(const double* x, double (*d2N)[nbr_second_derivatives]);
@@ -48,9 +47,15 @@ struct edge4 : shape_traits<4, 2, 1, 4, 1> {
         constexpr node_type() : node_type(0u) {}
         constexpr explicit node_type(unsigned index)
             : c{index < 2 ? -0.0625 : 0.5625,
-                index == 0 ? 0.0625 : index == 1 ? -0.0625 : index == 2 ? -1.6875 : 1.6875,
+                index == 0   ? 0.0625
+                : index == 1 ? -0.0625
+                : index == 2 ? -1.6875
+                             : 1.6875,
                 index < 2 ? 0.5625 : -0.5625,
-                index == 0 ? -0.5625 : index == 1 ? 0.5625 : index == 2 ? 1.6875 : -1.6875} {}
+                index == 0   ? -0.5625
+                : index == 1 ? 0.5625
+                : index == 2 ? 1.6875
+                             : -1.6875} {}
     };
     ELFES_SHAPE_INTERFACE
     static void second_derivatives(const double* x, double (*d2N)[nbr_second_derivatives]);

@@ -9,8 +9,7 @@
 namespace elfes {
 
 template <class Shape>
-constexpr orv::fem::element_type element_type_of =
-    static_cast<orv::fem::element_type>(Shape::element_type_value);
+constexpr orv::fem::element_type element_type_of = static_cast<orv::fem::element_type>(Shape::element_type_value);
 
 static_assert(element_type_of<edge2> == orv::fem::FE_edge2);
 static_assert(element_type_of<edge3> == orv::fem::FE_edge3);

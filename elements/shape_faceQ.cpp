@@ -2,15 +2,13 @@
 
 namespace elfes {
 
-const faceQ4::node_type faceQ4::nodes[4] = {node_type(0), node_type(1), node_type(2),
-                                            node_type(3)};
-const faceQ9::node_type faceQ9::nodes[9] = {node_type(0), node_type(1), node_type(2),
-                                            node_type(3), node_type(4), node_type(5),
-                                            node_type(6), node_type(7), node_type(8)};
+const faceQ4::node_type faceQ4::nodes[4] = {node_type(0), node_type(1), node_type(2), node_type(3)};
+const faceQ9::node_type faceQ9::nodes[9] = {node_type(0), node_type(1), node_type(2), node_type(3), node_type(4),
+                                            node_type(5), node_type(6), node_type(7), node_type(8)};
 
 namespace {
 
-const double quad_nodes[9][2] = {{-1.0, -1.0}, {1.0, -1.0}, {1.0, 1.0}, {-1.0, 1.0}, {0.0, -1.0},
+const double quad_nodes[9][2] = {{-1.0, -1.0}, {1.0, -1.0}, {1.0, 1.0},  {-1.0, 1.0}, {0.0, -1.0},
                                  {1.0, 0.0},   {0.0, 1.0},  {-1.0, 0.0}, {0.0, 0.0}};
 
 void set_position(unsigned i, double* x) {

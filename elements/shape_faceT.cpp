@@ -9,8 +9,7 @@ const faceT6::node_type faceT6::nodes[6] = {node_type(0), node_type(1), node_typ
 namespace {
 
 // corners (1, 0), (0, 1), (0, 0), then the mid-sides opposite them
-const double triangle_nodes[6][2] = {{1.0, 0.0}, {0.0, 1.0}, {0.0, 0.0},
-                                     {0.0, 0.5}, {0.5, 0.0}, {0.5, 0.5}};
+const double triangle_nodes[6][2] = {{1.0, 0.0}, {0.0, 1.0}, {0.0, 0.0}, {0.0, 0.5}, {0.5, 0.0}, {0.5, 0.5}};
 
 void set_position(unsigned i, double* x) {
     x[0] = i < 6 ? triangle_nodes[i][0] : 0.0;

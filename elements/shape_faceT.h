@@ -15,9 +15,12 @@ struct faceT3 : shape_traits<3, 3, 2, 7> {
         double c[3];
         constexpr node_type() : node_type(0u) {}
         constexpr explicit node_type(unsigned index) : c{} {
-            if (index == 0) c[1] = 1.0;
-            else if (index == 1) c[2] = 1.0;
-            else if (index == 2) c[0] = 1.0, c[1] = -1.0, c[2] = -1.0;
+            if (index == 0)
+                c[1] = 1.0;
+            else if (index == 1)
+                c[2] = 1.0;
+            else if (index == 2)
+                c[0] = 1.0, c[1] = -1.0, c[2] = -1.0;
         }
     };
     ELFES_SHAPE_INTERFACE
@@ -49,8 +52,7 @@ struct faceT6 : shape_traits<6, 3, 2, 8, 3> {
                 case 5:  // 4 xi eta
                     c[5] = 4.0;
                     break;
-                default:
-                    break;
+                default: break;
             }
         }
     };

@@ -2,23 +2,20 @@
 
 namespace elfes {
 
-const hexa8::node_type hexa8::nodes[8] = {node_type(0), node_type(1), node_type(2),
-                                          node_type(3), node_type(4), node_type(5),
-                                          node_type(6), node_type(7)};
+const hexa8::node_type hexa8::nodes[8] = {node_type(0), node_type(1), node_type(2), node_type(3),
+                                          node_type(4), node_type(5), node_type(6), node_type(7)};
 const hexa27::node_type hexa27::nodes[27] = {
-    node_type(0),  node_type(1),  node_type(2),  node_type(3),  node_type(4),  node_type(5),
-    node_type(6),  node_type(7),  node_type(8),  node_type(9),  node_type(10), node_type(11),
-    node_type(12), node_type(13), node_type(14), node_type(15), node_type(16), node_type(17),
-    node_type(18), node_type(19), node_type(20), node_type(21), node_type(22), node_type(23),
-    node_type(24), node_type(25), node_type(26)};
+    node_type(0),  node_type(1),  node_type(2),  node_type(3),  node_type(4),  node_type(5),  node_type(6),
+    node_type(7),  node_type(8),  node_type(9),  node_type(10), node_type(11), node_type(12), node_type(13),
+    node_type(14), node_type(15), node_type(16), node_type(17), node_type(18), node_type(19), node_type(20),
+    node_type(21), node_type(22), node_type(23), node_type(24), node_type(25), node_type(26)};
 
 namespace {
 
 const signed char hexa_nodes[27][3] = {
-    {-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {-1, -1, 1}, {1, -1, 1}, {1, 1, 1},
-    {-1, 1, 1},   {0, -1, -1}, {1, 0, -1}, {0, 1, -1},  {-1, 0, -1}, {0, -1, 1}, {1, 0, 1},
-    {0, 1, 1},    {-1, 0, 1},  {-1, -1, 0}, {1, -1, 0}, {1, 1, 0},   {-1, 1, 0}, {-1, 0, 0},
-    {1, 0, 0},    {0, -1, 0},  {0, 1, 0},  {0, 0, -1},  {0, 0, 1},   {0, 0, 0}};
+    {-1, -1, -1}, {1, -1, -1}, {1, 1, -1},  {-1, 1, -1}, {-1, -1, 1}, {1, -1, 1}, {1, 1, 1},  {-1, 1, 1},  {0, -1, -1},
+    {1, 0, -1},   {0, 1, -1},  {-1, 0, -1}, {0, -1, 1},  {1, 0, 1},   {0, 1, 1},  {-1, 0, 1}, {-1, -1, 0}, {1, -1, 0},
+    {1, 1, 0},    {-1, 1, 0},  {-1, 0, 0},  {1, 0, 0},   {0, -1, 0},  {0, 1, 0},  {0, 0, -1}, {0, 0, 1},   {0, 0, 0}};
 
 // edge3 polynomial of a node at p = -1, 0, +1, and its derivative
 inline double A(int p, double t) { return p == 0 ? 1.0 - t * t : 0.5 * t * (t + p); }

@@ -14,8 +14,8 @@ struct hexa8 : shape_traits<8, 8, 3, 22> {
         double s[3];
         constexpr node_type() : node_type(0u) {}
         constexpr explicit node_type(unsigned index)
-            : s{(index & 3) == 1 || (index & 3) == 2 ? 0.5 : -0.5,
-                (index & 3) >= 2 ? 0.5 : -0.5, index >= 4 ? 0.5 : -0.5} {}
+            : s{(index & 3) == 1 || (index & 3) == 2 ? 0.5 : -0.5, (index & 3) >= 2 ? 0.5 : -0.5,
+                index >= 4 ? 0.5 : -0.5} {}
     };
     ELFES_SHAPE_INTERFACE
 };

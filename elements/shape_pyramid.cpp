@@ -2,20 +2,17 @@
 
 namespace elfes {
 
-const pyramid5::node_type pyramid5::nodes[5] = {node_type(0), node_type(1), node_type(2),
-                                                node_type(3), node_type(4)};
+const pyramid5::node_type pyramid5::nodes[5] = {node_type(0), node_type(1), node_type(2), node_type(3), node_type(4)};
 const pyramid14::node_type pyramid14::nodes[14] = {
-    node_type(0), node_type(1), node_type(2),  node_type(3),  node_type(4),
-    node_type(5), node_type(6), node_type(7),  node_type(8),  node_type(9),
-    node_type(10), node_type(11), node_type(12), node_type(13)};
+    node_type(0), node_type(1), node_type(2), node_type(3),  node_type(4),  node_type(5),  node_type(6),
+    node_type(7), node_type(8), node_type(9), node_type(10), node_type(11), node_type(12), node_type(13)};
 
 namespace {
 
-const double pyramid_nodes[14][3] = {
-    {-1.0, -1.0, 0.0}, {1.0, -1.0, 0.0},  {1.0, 1.0, 0.0},   {-1.0, 1.0, 0.0},
-    {0.0, 0.0, 1.0},   {-0.5, -0.5, 0.5}, {0.5, -0.5, 0.5},  {0.5, 0.5, 0.5},
-    {-0.5, 0.5, 0.5},  {0.0, -1.0, 0.0},  {1.0, 0.0, 0.0},   {0.0, 1.0, 0.0},
-    {-1.0, 0.0, 0.0},  {0.0, 0.0, 0.0}};
+const double pyramid_nodes[14][3] = {{-1.0, -1.0, 0.0}, {1.0, -1.0, 0.0},  {1.0, 1.0, 0.0},  {-1.0, 1.0, 0.0},
+                                     {0.0, 0.0, 1.0},   {-0.5, -0.5, 0.5}, {0.5, -0.5, 0.5}, {0.5, 0.5, 0.5},
+                                     {-0.5, 0.5, 0.5},  {0.0, -1.0, 0.0},  {1.0, 0.0, 0.0},  {0.0, 1.0, 0.0},
+                                     {-1.0, 0.0, 0.0},  {0.0, 0.0, 0.0}};
 
 void set_position(unsigned i, double* x) {
     for (unsigned k = 0; k < 3; ++k) x[k] = i < 14 ? pyramid_nodes[i][k] : 0.0;
@@ -123,8 +120,7 @@ pyramid14_parts parts14(unsigned i, double x, double y, double z, bool want_valu
             p.Px = -2 * x, p.Py = -2 * y, p.Pz = 2 * z - 2.0;
             p.kB = 1.0;
             break;
-        default:
-            break;
+        default: break;
     }
     return p;
 }

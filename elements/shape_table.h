@@ -15,8 +15,7 @@ struct shape_table {
     static constexpr unsigned dim = Shape::dim;
     static constexpr unsigned nbr_points = PointSet::size;
     // at least one slot, so that shapes without second derivatives still compile
-    static constexpr unsigned nbr_second =
-        Shape::nbr_second_derivatives > 0 ? Shape::nbr_second_derivatives : 1;
+    static constexpr unsigned nbr_second = Shape::nbr_second_derivatives > 0 ? Shape::nbr_second_derivatives : 1;
 
     static_assert(PointSet::dim == Shape::dim, "point set and shape differ in dimension");
 

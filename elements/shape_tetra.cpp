@@ -2,18 +2,14 @@
 
 namespace elfes {
 
-const tetra4::node_type tetra4::nodes[4] = {node_type(0), node_type(1), node_type(2),
-                                            node_type(3)};
-const tetra10::node_type tetra10::nodes[10] = {
-    node_type(0), node_type(1), node_type(2), node_type(3), node_type(4),
-    node_type(5), node_type(6), node_type(7), node_type(8), node_type(9)};
+const tetra4::node_type tetra4::nodes[4] = {node_type(0), node_type(1), node_type(2), node_type(3)};
+const tetra10::node_type tetra10::nodes[10] = {node_type(0), node_type(1), node_type(2), node_type(3), node_type(4),
+                                               node_type(5), node_type(6), node_type(7), node_type(8), node_type(9)};
 
 namespace {
 
-const double tetra_nodes[10][3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0},
-                                   {0.0, 0.0, 0.0}, {0.0, 0.5, 0.5}, {0.5, 0.0, 0.5},
-                                   {0.5, 0.5, 0.0}, {0.5, 0.0, 0.0}, {0.0, 0.5, 0.0},
-                                   {0.0, 0.0, 0.5}};
+const double tetra_nodes[10][3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}, {0.0, 0.0, 0.0}, {0.0, 0.5, 0.5},
+                                   {0.5, 0.0, 0.5}, {0.5, 0.5, 0.0}, {0.5, 0.0, 0.0}, {0.0, 0.5, 0.0}, {0.0, 0.0, 0.5}};
 
 void set_position(unsigned i, double* x) {
     for (unsigned k = 0; k < 3; ++k) x[k] = i < 10 ? tetra_nodes[i][k] : 0.0;

@@ -15,8 +15,10 @@ struct tetra4 : shape_traits<4, 4, 3, 14> {
         double c[4];
         constexpr node_type() : node_type(0u) {}
         constexpr explicit node_type(unsigned index) : c{} {
-            if (index < 3) c[index + 1] = 1.0;
-            else if (index == 3) c[0] = 1.0, c[1] = -1.0, c[2] = -1.0, c[3] = -1.0;
+            if (index < 3)
+                c[index + 1] = 1.0;
+            else if (index == 3)
+                c[0] = 1.0, c[1] = -1.0, c[2] = -1.0, c[3] = -1.0;
         }
     };
     ELFES_SHAPE_INTERFACE

@@ -17,11 +17,11 @@ struct shape_traits {
 };
 
 // Inside a shape: its node table and the functions every shape defines in its .cpp.
-#define ELFES_SHAPE_INTERFACE                                   \
-    static const node_type nodes[nbr_nodes];                    \
-    static void node_position(unsigned i, double* x);           \
-    static void values(const double* x, double* N);             \
-    static void gradients(const double* x, double (*dN)[dim]);
+#define ELFES_SHAPE_INTERFACE                         \
+    static const node_type nodes[nbr_nodes];          \
+    static void node_position(unsigned i, double* x); \
+    static void values(const double* x, double* N);   \
+    static void gradients(const double* x, double(*dN)[dim]);
 
 // Node record holding only the node's index.
 struct indexed_node {

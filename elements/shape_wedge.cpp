@@ -23,9 +23,7 @@ const double level_zeta[3] = {-1.0, 1.0, 0.0};
 inline double zeta_value(unsigned m, double z) {
     return m == 0 ? 0.5 * z * (z - 1.0) : m == 1 ? 0.5 * z * (z + 1.0) : 1.0 - z * z;
 }
-inline double zeta_derivative(unsigned m, double z) {
-    return m == 0 ? z - 0.5 : m == 1 ? z + 0.5 : -2.0 * z;
-}
+inline double zeta_derivative(unsigned m, double z) { return m == 0 ? z - 0.5 : m == 1 ? z + 0.5 : -2.0 * z; }
 
 }  // namespace
 

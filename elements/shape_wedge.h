@@ -16,10 +16,14 @@ struct wedge6 : shape_traits<6, 6, 3, 19> {
         constexpr node_type() : node_type(0u) {}
         constexpr explicit node_type(unsigned index) : t{}, s(index < 3 ? -0.5 : 0.5) {
             const unsigned k = index % 3;
-            if (index >= 6) s = 0.0;
-            else if (k == 0) t[1] = 1.0;
-            else if (k == 1) t[2] = 1.0;
-            else t[0] = 1.0, t[1] = -1.0, t[2] = -1.0;
+            if (index >= 6)
+                s = 0.0;
+            else if (k == 0)
+                t[1] = 1.0;
+            else if (k == 1)
+                t[2] = 1.0;
+            else
+                t[0] = 1.0, t[1] = -1.0, t[2] = -1.0;
         }
     };
     ELFES_SHAPE_INTERFACE

@@ -39,7 +39,8 @@ numerical_model_base* make_face(context_type* ctx, const Ptr<physics_model_base>
                                 const dense2D<unsigned int>& connectivity, fem::element_type type) {
     if constexpr (finite_allowed) {
         switch (type) {
-            case fem::FE_faceT3: return make_lin_or_gnl<K, elfes::faceT3, T3set, T3set>(ctx, physics, connectivity, type);
+            case fem::FE_faceT3:
+                return make_lin_or_gnl<K, elfes::faceT3, T3set, T3set>(ctx, physics, connectivity, type);
             case fem::FE_faceT6: return make_lin_or_gnl<K, elfes::faceT6, T6, T6>(ctx, physics, connectivity, type);
             case fem::FE_faceQ4:
                 return make_lin_or_gnl<K, elfes::faceQ4, Q2, Q2, Q4form>(ctx, physics, connectivity, type);
@@ -50,7 +51,8 @@ numerical_model_base* make_face(context_type* ctx, const Ptr<physics_model_base>
         if (physics->get_kinematics() != kinematics_lin) return nullptr;
         using L = K<small_strain_tag, small_transformation_tag>;
         switch (type) {
-            case fem::FE_faceT3: return make_stiff_mesh<L, elfes::faceT3, T3set, T3set>(ctx, physics, connectivity, type);
+            case fem::FE_faceT3:
+                return make_stiff_mesh<L, elfes::faceT3, T3set, T3set>(ctx, physics, connectivity, type);
             case fem::FE_faceT6: return make_stiff_mesh<L, elfes::faceT6, T6, T6>(ctx, physics, connectivity, type);
             case fem::FE_faceQ4:
                 return make_stiff_mesh<L, elfes::faceQ4, Q2, Q2, Q4form>(ctx, physics, connectivity, type);
@@ -66,13 +68,16 @@ numerical_model_base* create_stiff_mesh_face(context_type* ctx, const Ptr<physic
                                              const dense2D<unsigned int>& connectivity, fem::element_type type) {
     switch (physics->get_family_code()) {
         case mechanical_plane_strain::family_code:
-            return make_face<mechanical_plane_strain_kinematics, T1, true, ANS_2D_MITC4<elfes::faceQ4>>(ctx, physics, connectivity, type);
+            return make_face<mechanical_plane_strain_kinematics, T1, true, ANS_2D_MITC4<elfes::faceQ4>>(
+                ctx, physics, connectivity, type);
         case mechanical_displacement_axi3d::family_code:
             return make_face<mechanical_displacement_axi3d_kinematics, T3, true>(ctx, physics, connectivity, type);
         case mechanical_membrane::family_code:
-            return make_face<mechanical_membrane_kinematics, T1, true, ANS_shell_MITC4<elfes::faceQ4>>(ctx, physics, connectivity, type);
+            return make_face<mechanical_membrane_kinematics, T1, true, ANS_shell_MITC4<elfes::faceQ4>>(
+                ctx, physics, connectivity, type);
         case mechanical_displacement_axi_torsion::family_code:
-            return make_face<mechanical_displacement_axi_torsion_kinematics, T3, false>(ctx, physics, connectivity, type);
+            return make_face<mechanical_displacement_axi_torsion_kinematics, T3, false>(ctx, physics, connectivity,
+                                                                                        type);
         default: return nullptr;
     }
 }

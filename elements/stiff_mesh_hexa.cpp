@@ -19,9 +19,11 @@ numerical_model_base* create_stiff_mesh_hexa(context_type* ctx, const Ptr<physic
     if (physics->get_family_code() != mechanical_displacement_3d::family_code) return nullptr;
     switch (type) {
         case fem::FE_hexa8:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::hexa8, H2, H2>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::hexa8, H2, H2>(ctx, physics,
+                                                                                                connectivity, type);
         case fem::FE_hexa27:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::hexa27, H3, H3>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::hexa27, H3, H3>(ctx, physics,
+                                                                                                 connectivity, type);
         default: return nullptr;
     }
 }

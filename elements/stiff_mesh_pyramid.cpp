@@ -19,9 +19,11 @@ numerical_model_base* create_stiff_mesh_pyramid(context_type* ctx, const Ptr<phy
     if (physics->get_family_code() != mechanical_displacement_3d::family_code) return nullptr;
     switch (type) {
         case fem::FE_pyramid5:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::pyramid5, P8, P8>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::pyramid5, P8, P8>(ctx, physics,
+                                                                                                   connectivity, type);
         case fem::FE_pyramid14:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::pyramid14, P27, P27>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::pyramid14, P27, P27>(
+                ctx, physics, connectivity, type);
         default: return nullptr;
     }
 }

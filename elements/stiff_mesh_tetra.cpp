@@ -20,9 +20,11 @@ numerical_model_base* create_stiff_mesh_tetra(context_type* ctx, const Ptr<physi
     if (physics->get_family_code() != mechanical_displacement_3d::family_code) return nullptr;
     switch (type) {
         case fem::FE_tetra4:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::tetra4, T1, T1>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::tetra4, T1, T1>(ctx, physics,
+                                                                                                 connectivity, type);
         case fem::FE_tetra10:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::tetra10, T5, T4>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::tetra10, T5, T4>(ctx, physics,
+                                                                                                  connectivity, type);
         default: return nullptr;
     }
 }

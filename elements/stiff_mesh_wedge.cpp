@@ -19,9 +19,11 @@ numerical_model_base* create_stiff_mesh_wedge(context_type* ctx, const Ptr<physi
     if (physics->get_family_code() != mechanical_displacement_3d::family_code) return nullptr;
     switch (type) {
         case fem::FE_wedge6:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::wedge6, W23, W23>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::wedge6, W23, W23>(ctx, physics,
+                                                                                                   connectivity, type);
         case fem::FE_wedge18:
-            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::wedge18, W36, W36>(ctx, physics, connectivity, type);
+            return make_lin_or_gnl<mechanical_displacement_3d_kinematics, elfes::wedge18, W36, W36>(ctx, physics,
+                                                                                                    connectivity, type);
         default: return nullptr;
     }
 }

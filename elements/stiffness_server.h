@@ -26,9 +26,9 @@ struct regular_formulation {};
 struct stiffness_input {
     const physics_model_base* physics = nullptr;
     std::uint32_t element = 0;
-    bool want_matrix = true;    // the material (and, finite, the geometric) tangent
-    bool want_geometric = false; // only the geometric stiffness of the current stress
-    bool want_vector = false;   // the internal force
+    bool want_matrix = true;      // the material (and, finite, the geometric) tangent
+    bool want_geometric = false;  // only the geometric stiffness of the current stress
+    bool want_vector = false;     // the internal force
     unsigned law_flags = 0;
     const assembly_params* params = nullptr;
     // Projection: when `projection` is set, adds w N_i s[component] (stress when
@@ -132,8 +132,8 @@ public:
                 double So[NS], Eo[NS];
                 ps.output(So, Eo);
                 if (in.projection) {
-                    const double v = in.projection_strain ? Eo[in.projection_component % NS]
-                                                          : So[in.projection_component % NS];
+                    const double v =
+                        in.projection_strain ? Eo[in.projection_component % NS] : So[in.projection_component % NS];
                     for (unsigned i = 0; i < NN; ++i) in.projection[i] += w * geo.N[i] * v;
                 }
                 if (in.fields) {

@@ -59,9 +59,7 @@ void bar_forces(double px, double py, double N[3]) {
     N[2] = -r0 * s13 / 3.0;
 }
 
-bool close(double value, double expected) {
-    return std::fabs(value - expected) <= 1e-9 * std::fabs(expected) + 1e-15;
-}
+bool close(double value, double expected) { return std::fabs(value - expected) <= 1e-9 * std::fabs(expected) + 1e-15; }
 
 }  // namespace
 
@@ -69,8 +67,8 @@ int main() {
     // 1. The context, and what the library found of the processor.
     std::printf("ORV FEM %s\n", version::text());
     context ctx;
-    std::printf("Physical cores %u, max threads %u, last-level cache %u bytes\n\n",
-                ctx.get_nbr_physical_cores(), ctx.get_max_threads(), ctx.get_LLC_size());
+    std::printf("Physical cores %u, max threads %u, last-level cache %u bytes\n\n", ctx.get_nbr_physical_cores(),
+                ctx.get_max_threads(), ctx.get_LLC_size());
 
     // 2. Node positions: one column per node, rows x, y, z.
     dense2D<double> pos(3, 3, 0.0);

@@ -71,7 +71,9 @@ const double pi = 3.14159265358979323846;
 struct cylinder {
     double a = 0.0, b = 0.0, h = 0.0;
     // Lame's radial displacement of the thick cylinder in plane strain.
-    double u(double r) const { return p * a * a * (1.0 + nu) / (E * (b * b - a * a)) * ((1.0 - 2.0 * nu) * r + b * b / r); }
+    double u(double r) const {
+        return p * a * a * (1.0 + nu) / (E * (b * b - a * a)) * ((1.0 - 2.0 * nu) * r + b * b / r);
+    }
 };
 
 const io::node_set* find_nodes(const io::mesh& m, const char* name) {
@@ -94,7 +96,7 @@ void face_forces(const dense2D<double>& pos, const unsigned* nodes, const double
     static const double g[2][3] = {{0.445948490915965, 0.108103018168070, 0.223381589678011},
                                    {0.091576213509771, 0.816847572980459, 0.109951743655322}};
     static const unsigned edge[3][2] = {{1, 2}, {0, 2}, {0, 1}};  // corners of mid-side node 3 + i
-    double c[3] = {0.0, 0.0, 0.0};                                  // centroid of the corners
+    double c[3] = {0.0, 0.0, 0.0};                                // centroid of the corners
     for (unsigned i = 0; i < 3; ++i)
         for (unsigned d = 0; d < 3; ++d) c[d] += pos(d, nodes[i]) / 3.0;
     for (unsigned i = 0; i < 6; ++i) f[i][0] = f[i][1] = f[i][2] = 0.0;
@@ -162,8 +164,7 @@ int main(int argc, char** argv) {
     const io::element_block& tets = m.blocks[ring->elements[0].block];
     const io::element_block& faces = m.blocks[bore->elements[0].block];
     if (tets.type != FE_tetra10 || faces.type != FE_faceT6 || ring->elements.size() != tets.connectivity.cols()) {
-        std::printf("%s: expected the tetra10 of \"ring\" in a block of their own and faceT6 on \"bore\"\n",
-                    msh_path);
+        std::printf("%s: expected the tetra10 of \"ring\" in a block of their own and faceT6 on \"bore\"\n", msh_path);
         return 1;
     }
     const unsigned node_count = static_cast<unsigned>(m.positions.cols());
@@ -267,12 +268,12 @@ int main(int argc, char** argv) {
     const double ua = mean_ur(*bore_nodes), ub = mean_ur(*outer);
     const double energy_theory = 0.5 * p * cyl.u(a) * (0.5 * pi * a * h);
 
-    std::printf("Thick cylinder, a quarter in plane strain: a = %g, b = %g, h = %g; E = %g, nu = %g; p = %g\n", a, b,
-                h, E, nu, p);
+    std::printf("Thick cylinder, a quarter in plane strain: a = %g, b = %g, h = %g; E = %g, nu = %g; p = %g\n", a, b, h,
+                E, nu, p);
     std::printf("Mesh %s: %u nodes, %zu tetra10, %zu faceT6 on the bore, %u free DOFs\n", msh_path, node_count,
                 tets.connectivity.cols(), bore->elements.size(), data.nbr_free_DOFs);
-    std::printf("Resultant of the bore forces: (%.6f, %.6f, %.3e), p a h = %g in x and y\n", resultant[0],
-                resultant[1], resultant[2], p * a * h);
+    std::printf("Resultant of the bore forces: (%.6f, %.6f, %.3e), p a h = %g in x and y\n", resultant[0], resultant[1],
+                resultant[2], p * a * h);
     std::printf("  %-28s %14s %14s %10s\n", "", "tetra10", "Lame", "error");
     bool ok = true;
     struct row {

@@ -61,19 +61,23 @@ bool write_vtu(const char* path, const dense2D<double>& pos, const dense2D<unsig
     auto columns = [f](const dense2D<double>& m) {
         for (std::size_t p = 0; p < m.cols(); ++p) std::fprintf(f, "%.17g %.17g %.17g\n", m(0, p), m(1, p), m(2, p));
     };
-    std::fprintf(f, "<?xml version=\"1.0\"?>\n<VTKFile type=\"UnstructuredGrid\" version=\"0.1\" "
-                    "byte_order=\"LittleEndian\">\n<UnstructuredGrid>\n");
+    std::fprintf(f,
+                 "<?xml version=\"1.0\"?>\n<VTKFile type=\"UnstructuredGrid\" version=\"0.1\" "
+                 "byte_order=\"LittleEndian\">\n<UnstructuredGrid>\n");
     std::fprintf(f, "<Piece NumberOfPoints=\"%zu\" NumberOfCells=\"%zu\">\n", pos.cols(), conn.cols());
     std::fprintf(f, "<PointData Vectors=\"Displacement case 1\">\n");
     for (std::size_t c = 0; c < U.size(); ++c) {
-        std::fprintf(f, "<DataArray type=\"Float64\" Name=\"Displacement case %zu\" NumberOfComponents=\"3\" "
-                        "format=\"ascii\">\n", c + 1);
+        std::fprintf(f,
+                     "<DataArray type=\"Float64\" Name=\"Displacement case %zu\" NumberOfComponents=\"3\" "
+                     "format=\"ascii\">\n",
+                     c + 1);
         columns(U[c]);
         std::fprintf(f, "</DataArray>\n");
     }
     std::fprintf(f, "</PointData>\n<Points>\n<DataArray type=\"Float64\" NumberOfComponents=\"3\" format=\"ascii\">\n");
     columns(pos);
-    std::fprintf(f, "</DataArray>\n</Points>\n<Cells>\n<DataArray type=\"Int64\" Name=\"connectivity\" format=\"ascii\">\n");
+    std::fprintf(
+        f, "</DataArray>\n</Points>\n<Cells>\n<DataArray type=\"Int64\" Name=\"connectivity\" format=\"ascii\">\n");
     for (std::size_t e = 0; e < conn.cols(); ++e) {
         for (std::size_t a = 0; a < conn.rows(); ++a) std::fprintf(f, " %u", conn(a, e));
         std::fprintf(f, "\n");
@@ -109,9 +113,9 @@ int main(int argc, char** argv) {
     for (unsigned i = 0; i < nx; ++i)
         for (unsigned j = 0; j < ny; ++j)
             for (unsigned k = 0; k < nz; ++k, ++e) {
-                const unsigned c[8] = {node(i, j, k),         node(i + 1, j, k),     node(i + 1, j + 1, k),
-                                       node(i, j + 1, k),     node(i, j, k + 1),     node(i + 1, j, k + 1),
-                                       node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
+                const unsigned c[8] = {
+                    node(i, j, k),     node(i + 1, j, k),     node(i + 1, j + 1, k),     node(i, j + 1, k),
+                    node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
                 for (unsigned a = 0; a < 8; ++a) conn(a, e) = c[a];
             }
 
@@ -208,9 +212,10 @@ int main(int argc, char** argv) {
         std::printf("  %-32s %-4c %14.6e %14.6e %8.4f\n", r.name, "xyz"[r.d], tip(r.c, r.d), r.theory, ratio);
         ok = ok && ratio >= r.lowest_ratio && ratio <= r.highest_ratio;
     }
-    std::printf("The solid is stiffer than the beam: the fully integrated hexa8 carries parasitic shear in\n"
-                "bending (about 3 %% here, 4 elements through the depth; it falls as the square of the element\n"
-                "size), and the clamp holds the root section against its Poisson contraction (about 1 %%).\n");
+    std::printf(
+        "The solid is stiffer than the beam: the fully integrated hexa8 carries parasitic shear in\n"
+        "bending (about 3 %% here, 4 elements through the depth; it falls as the square of the element\n"
+        "size), and the clamp holds the root section against its Poisson contraction (about 1 %%).\n");
     std::printf("Elastic energy per case:");
     for (unsigned c = 0; c < nbr_cases; ++c) std::printf(" %.6e", data.energy[c]);
     std::printf("\n");

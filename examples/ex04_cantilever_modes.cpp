@@ -21,9 +21,8 @@
 //   with b = 1.8751, 4.6941 and 7.8548 for the first three pairs of a clamped-free beam,
 //   axial f = sqrt(E / rho) / (4 L). It checks that the bending pairs come within the
 //   bounds that the hexa8, the consistent mass and shear deformation allow, that the
-//   axial mode
-//   is within 1 %, that every mode has unit generalised mass, and exits with 1 if the
-//   run, the file or a check fails.
+//   axial mode is within 1 %, that every mode has unit generalised mass, and exits
+//   with 1 if the run, the file or a check fails.
 #include <orv/fem/DOFs_mgr.h>
 #include <orv/fem/context.h>
 #include <orv/fem/io/mesh_io.h>
@@ -84,9 +83,9 @@ int main(int argc, char** argv) {
     for (unsigned i = 0; i < nx; ++i)
         for (unsigned j = 0; j < ny; ++j)
             for (unsigned k = 0; k < nz; ++k, ++e) {
-                const unsigned c[8] = {node(i, j, k),         node(i + 1, j, k),     node(i + 1, j + 1, k),
-                                       node(i, j + 1, k),     node(i, j, k + 1),     node(i + 1, j, k + 1),
-                                       node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
+                const unsigned c[8] = {
+                    node(i, j, k),     node(i + 1, j, k),     node(i + 1, j + 1, k),     node(i, j + 1, k),
+                    node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
                 for (unsigned a = 0; a < 8; ++a) conn(a, e) = c[a];
             }
 

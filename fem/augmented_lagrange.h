@@ -128,8 +128,7 @@ int augmented_lagrange_solver<Constraints>::solve(double* F, double* u, const Ru
         if (E0 != 0.0 && L0 != 0.0)
             log_line(run, 4, "  %3d  dE: %+E (%.2E %%)  dL: %+E (%.2E %%)\n", int(iter), dE,
                      std::fabs(dE / E0) * percent, max_L, max_L * percent / L0);
-        converged = (std::fabs(dE) <= E0 * settings.tolerance_energy &&
-                     max_L <= L0 * settings.tolerance_constraint) ||
+        converged = (std::fabs(dE) <= E0 * settings.tolerance_energy && max_L <= L0 * settings.tolerance_constraint) ||
                     max_L == 0.0;
         if (iter >= 1 && settings.min_energy >= E) converged = true;
         ++iter;

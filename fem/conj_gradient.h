@@ -4,8 +4,8 @@
 // a new factorisation.
 #pragma once
 
-#include <orv/fem/error_type.h>
 #include <omp.h>
+#include <orv/fem/error_type.h>
 
 #include <cassert>
 #include <cmath>
@@ -53,8 +53,7 @@ public:
 
     // The operator that gives A p, the preconditioner, and the rows set to 0 after
     // each product (positions in the factor). Throws std::bad_alloc.
-    void set_operator(Operator& op, const skyline_factor& M, const unsigned* fixed = nullptr,
-                      std::size_t n_fixed = 0) {
+    void set_operator(Operator& op, const skyline_factor& M, const unsigned* fixed = nullptr, std::size_t n_fixed = 0) {
         op_ = &op;
         M_ = &M;
         fixed_ = fixed;
@@ -107,8 +106,8 @@ private:
 
 template <class Operator>
 template <class RunSettings, class RunData>
-int conj_gradient_solver<Operator>::solve(double* g, double* x, const RunSettings& run, RunData& data,
-                                          omp_lock_t* lock, int n_threads) {
+int conj_gradient_solver<Operator>::solve(double* g, double* x, const RunSettings& run, RunData& data, omp_lock_t* lock,
+                                          int n_threads) {
     assert(op_ && M_ && "conj_gradient_solver: set_operator first");
     const skyline_factor& M = *M_;
     const std::size_t n = M.dimension();

@@ -151,8 +151,7 @@ void solver_modal::compute_damping_decay_factors(data_type& data, double c, dens
     });
 }
 
-void solver_modal::compute_damping_corrections(data_type& data, dense1D<double>& out,
-                                               FEM_states& corrections) const {
+void solver_modal::compute_damping_corrections(data_type& data, dense1D<double>& out, FEM_states& corrections) const {
     core::run_into(data, [&]() -> int {
         const core::damping_pass pass(data);
         const std::size_t m = pass.nbr_modes(), n = pass.rows();
@@ -162,7 +161,8 @@ void solver_modal::compute_damping_corrections(data_type& data, dense1D<double>&
         }
         dense1D<double> r(m, 0.0);
         Ptr<core::FEM_states_engine> C(new core::FEM_states_engine());
-        if (C->init(pass.IDs() ? pass.IDs() : Ptr<core::DOF_index>(new core::DOF_index()), m, 0.0, Ptr<core::OOC_mgr>()))
+        if (C->init(pass.IDs() ? pass.IDs() : Ptr<core::DOF_index>(new core::DOF_index()), m, 0.0,
+                    Ptr<core::OOC_mgr>()))
             return error_memory;
         std::vector<double> y(n);
         // The diagonal terms first: the threshold of each coupling needs both of them.
@@ -197,8 +197,7 @@ void solver_modal::compute_damping_corrections(data_type& data, dense1D<double>&
 }
 
 bool solver_modal::settings_type::valid() const {
-    return tolerance > 0 && max_iters != 0 && ritz_factor != 0 && max_modes != 0 &&
-           std::max(freq_min, 0.0) < freq_max;
+    return tolerance > 0 && max_iters != 0 && ritz_factor != 0 && max_modes != 0 && std::max(freq_min, 0.0) < freq_max;
 }
 
 void solver_modal::data_type::clear_data_out() {

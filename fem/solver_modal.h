@@ -3,6 +3,7 @@
 // frequency range, a shifted factorisation and the Lanczos and subspace stages.
 #pragma once
 
+#include <orv/fem/field_tag.h>
 #include <cfloat>
 #include <cmath>
 #include <cstddef>
@@ -107,12 +108,7 @@ public:
     typedef typename base::skyline_type skyline_type;
     typedef typename base::states_type states_type;
 
-    enum : int {
-        line_Ms_allocation = 219,
-        line_Ms_assembly = 252,
-        line_no_mass = 256,
-        line_modal_solver = 500
-    };
+    enum : int { line_Ms_allocation = 219, line_Ms_assembly = 252, line_no_mass = 256, line_modal_solver = 500 };
 
     explicit solver_modal(const Settings* settings) : base(settings, modal_identity) {}
 
@@ -183,8 +179,8 @@ void solver_modal<Types, Settings, Data>::numbering(Data& data) {
         if (!ptr.push_back(0u)) throw std::bad_alloc();
         if (settings().mass_level == 1) {
             const DOF_filter free_filter{this->table_, true};
-            const int rc =
-                this->model_->get_DOFs_graph(*this->table_, numerical_model_base::all_elements, fem::matrix_M, ptr, ids, free_filter);
+            const int rc = this->model_->get_DOFs_graph(*this->table_, numerical_model_base::all_elements,
+                                                        fem::matrix_M, ptr, ids, free_filter);
             if (rc) return this->set_error(data, rc, "Ms assembly error.", line_Ms_allocation);
         }
         // Without groups every row has only its diagonal.
@@ -193,8 +189,8 @@ void solver_modal<Types, Settings, Data>::numbering(Data& data) {
     }
     data.size_Ms = n ? (4.0 * double(n + 18 + Ms_nnz_) + 8.0 * double(Ms_nnz_)) / 1048576.0 : 0.0;
     // The Ritz space at its largest: max_modes * max(ritz_factor, 2) + 4 vectors.
-    const std::size_t m = modal_internal::plan_ritz(~std::size_t(0) / 4, settings().max_modes,
-                                                    settings().ritz_factor, n).size;
+    const std::size_t m =
+        modal_internal::plan_ritz(~std::size_t(0) / 4, settings().max_modes, settings().ritz_factor, n).size;
     data.size_D_modes = double(n) * double(m) * 8.0 / 1048576.0;
 }
 
@@ -268,8 +264,8 @@ int solver_modal<Types, Settings, Data>::sturm_count(double lambda, std::size_t&
     refill_Kf(-lambda);
     typedef orvstd::binder2nd<orvstd::less<double>> below_zero;
     count_n_force_definite<below_zero, dummy_verboser> checker(orvstd::bind2nd(orvstd::less<double>(), 0.0));
-    const int rc = this->Kf_->matrix().factorize(checker, static_cast<std::size_t>(this->LLC_size()),
-                                                 int(this->nbr_threads()));
+    const int rc =
+        this->Kf_->matrix().factorize(checker, static_cast<std::size_t>(this->LLC_size()), int(this->nbr_threads()));
     count = checker.count;
     return rc;
 }
@@ -387,8 +383,8 @@ void solver_modal<Types, Settings, Data>::solve_modes(Data& data) {
         const skyline_factor& K = this->Kf_->matrix();
         const std::size_t n = K.dimension();
         sparse_mass Mop;
-        const int prc = Mop.init(Ms_->matrix(), *this->free_IDs_,
-                                 [&](unsigned id) { return unsigned(this->free_IDs_->find(id)); }, n);
+        const int prc = Mop.init(
+            Ms_->matrix(), *this->free_IDs_, [&](unsigned id) { return unsigned(this->free_IDs_->find(id)); }, n);
         if (prc) return this->set_error(data, prc, "Modal solver.", line_modal_solver);
         eigen_settings es;
         es.tolerance = settings().tolerance;
@@ -471,7 +467,7 @@ void solver_modal<Types, Settings, Data>::post_process(Data& data) {
             m += x[i] * Mx[i];
             k += x[i] * Kx[i];
             const unsigned id = (*this->free_IDs_)[i];
-            if (id % 9 < 3) p[id % 9] += Mx[i];
+            if (id % fem::DOFs_per_node < 3) p[id % fem::DOFs_per_node] += Mx[i];
         }
         data.mode_results(c, 0) = m;
         data.mode_results(c, 1) = k;

@@ -45,8 +45,8 @@ private:
     static double pair(double fi, double fj, double zi, double zj) {
         if (!(fi > 0.0) || !(fj > 0.0)) return fi == fj ? 1.0 : 0.0;
         const double r = fi / fj;
-        const double den = (1.0 - r * r) * (1.0 - r * r) + 4.0 * zi * zj * r * (1.0 + r * r) +
-                           4.0 * (zi * zi + zj * zj) * r * r;
+        const double den =
+            (1.0 - r * r) * (1.0 - r * r) + 4.0 * zi * zj * r * (1.0 + r * r) + 4.0 * (zi * zi + zj * zj) * r * r;
         if (den == 0.0) return 1.0;  // equal frequencies without damping: the formula's limit
         return 8.0 * std::sqrt(zi * zj * r) * r * (zi * r + zj) / den;
     }
@@ -59,8 +59,7 @@ namespace {
 using settings_type = fem::solver_response_spectrum::settings_type;
 using data_type = fem::solver_response_spectrum::data_type;
 
-const solver_identity spectrum_identity = {"solver_response_spectrum",
-                                           "ORV FEM(R) - SEISMIC SPECTRUM COMBINATION",
+const solver_identity spectrum_identity = {"solver_response_spectrum", "ORV FEM(R) - SEISMIC SPECTRUM COMBINATION",
                                            "fem/solver_response_spectrum", 0};
 
 bool is_empty(const dense2D<double>& m) { return m.rows() * m.cols() == 0; }
@@ -120,8 +119,8 @@ private:
     }
 
     // Peaks of component k in direction d, one per row of the modal results.
-    void combine_component(data_type& data, const symmetric_full<double>& rho, dense1D<double>& R,
-                           std::size_t d, std::size_t k) {
+    void combine_component(data_type& data, const symmetric_full<double>& rho, dense1D<double>& R, std::size_t d,
+                           std::size_t k) {
         const std::size_t n = R.size(), s = settings().stride, column = d * s + k;
         const bool corrected = data.nbr_static_modes != 0;
         double static_norm2 = 0.0, total_norm2 = 0.0;
@@ -173,8 +172,10 @@ spectrum_combination_cqc::spectrum_combination_cqc() : spectrum_combination_cqc(
 
 spectrum_combination_cqc::spectrum_combination_cqc(const oneD_table& damping_ratio) {
     core::spectrum_combination_cqc_engine* e = new (std::nothrow) core::spectrum_combination_cqc_engine(oneD_table());
-    if (e && e->init(damping_ratio)) set_w(static_cast<ref_counted*>(e));
-    else delete e;
+    if (e && e->init(damping_ratio))
+        set_w(static_cast<ref_counted*>(e));
+    else
+        delete e;
 }
 
 error_type spectrum_combination_cqc::init(const oneD_table& damping_ratio) {
@@ -194,7 +195,7 @@ void solver_response_spectrum::data_type::PF_div_omega2() {
     if (frequencies.size() != participation.cols()) {
         error_code = error_data;
         core::detail::copy_text(error_name,
-                                  "ORV solver_response_spectrum::PF_div_omega2: PF and frequencies size mismatch.");
+                                "ORV solver_response_spectrum::PF_div_omega2: PF and frequencies size mismatch.");
         return;
     }
     const double four_pi2 = 39.47841760435743;

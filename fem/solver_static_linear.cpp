@@ -1,6 +1,6 @@
 // Linear static run: the public handle, its records and the helpers of the engine.
-#include <orv/fem/error_type.h>
 #include "fem/solver_static_linear.h"
+#include <orv/fem/error_type.h>
 
 #include <orv/fem/solver_static_linear.h>
 
@@ -14,7 +14,6 @@ namespace core {
 
 const solver_identity static_linear_identity = {"solver_static_linear", "ORV FEM(R) - STATIC LINEAR",
                                                 "fem/solver_static_linear", 199};
-
 
 namespace {
 

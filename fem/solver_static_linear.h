@@ -5,9 +5,9 @@
 // bodies are in the fem/static_*.h files included at the end.
 #pragma once
 
-#include <orv/fem/error_type.h>
 #include <malloc.h>
 #include <omp.h>
+#include <orv/fem/error_type.h>
 
 #include <algorithm>
 #include <cmath>
@@ -23,9 +23,9 @@
 #include <orv/fem/FEM_factor.h>
 #include <orv/fem/FEM_matrix.h>
 
+#include "elements/bad_elements_log.h"
 #include "fem/augmented_lagrange.h"
 #include "fem/conj_gradient.h"
-#include "elements/bad_elements_log.h"
 #include "frame/context_type.h"
 #include "frame/solver_base.h"
 #include "linalg/FEM_matrix_impl.h"
@@ -151,8 +151,8 @@ public:
     void number_system(Data& data);         // free index, graph, profile, size_Kf, size_Ks
     void make_total_index(Data& data);      // index of F and U, counts, size_RHS, size_U
     // Assembly (fem/static_assembly.h).
-    void assemble_stiffness(Data& data);    // Ks and Kf, matrix code 1
-    void assemble_penalties(Data& data);    // penalty factors, then matrix code 7
+    void assemble_stiffness(Data& data);  // Ks and Kf, matrix code 1
+    void assemble_penalties(Data& data);  // penalty factors, then matrix code 7
     // Factorisation under the pivot policy of the settings (fem/static_factorization.h).
     void factorize(Data& data);
     // F, assembled or taken over, and checked (fem/static_rhs.h).
@@ -192,8 +192,7 @@ public:
                             const assembly_params& params, unsigned nbr_threads) const;
     // The same for the whole stiffness as Kf holds it: the pass without penalties and
     // the penalty pass.
-    int add_stiffness_forces(const DOF_vector& U, DOF_vector& target, double multiplier,
-                             unsigned nbr_threads) const {
+    int add_stiffness_forces(const DOF_vector& U, DOF_vector& target, double multiplier, unsigned nbr_threads) const {
         int rc = add_internal_forces(fem::matrix_K, U, target, multiplier, stiffness_params(), nbr_threads);
         if (!rc) rc = add_internal_forces(fem::matrix_penalty, U, target, multiplier, params_, nbr_threads);
         return rc;
@@ -262,7 +261,9 @@ protected:
     void set_not_finite(Data& data, long c, int line);
     bool allocate_U(Data& data);
     // Column c of U, made resident; null when it cannot be.
-    double* U_column(std::size_t c) { return (U_->dense().col(c) || !U_->dense().window(c, 1)) ? U_->dense().col(c) : nullptr; }
+    double* U_column(std::size_t c) {
+        return (U_->dense().col(c) || !U_->dense().window(c, 1)) ? U_->dense().col(c) : nullptr;
+    }
     // Drops everything the run held.
     void release();
 
@@ -427,12 +428,12 @@ void solver_static_linear<Types, Settings, Data>::release() {
 }  // namespace core
 }  // namespace orv
 
-#include "fem/static_numbering.h"
-#include "fem/static_assembly.h"
-#include "fem/static_factorization.h"
-#include "fem/static_rhs.h"
 #include "fem/imposed_forces.h"
+#include "fem/static_assembly.h"
 #include "fem/static_direct_solve.h"
-#include "fem/static_solve.h"
-#include "fem/static_iterative_solve.h"
 #include "fem/static_energies.h"
+#include "fem/static_factorization.h"
+#include "fem/static_iterative_solve.h"
+#include "fem/static_numbering.h"
+#include "fem/static_rhs.h"
+#include "fem/static_solve.h"

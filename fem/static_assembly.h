@@ -72,7 +72,7 @@ void solver_static_linear<Types, Settings, Data>::log_Ks_statistics(const sparse
 
 template <class Types, class Settings, class Data>
 void solver_static_linear<Types, Settings, Data>::scatter_Ks_into_Kf(const sparse_type& Ks, skyline_type& Kf,
-                                                                    double factor) const {
+                                                                     double factor) const {
     const symmetric_sparse<double>& m = Ks.matrix();
     const std::size_t n = m.dim();
     std::vector<std::uint32_t> pos(n, DOF_index::npos);

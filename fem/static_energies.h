@@ -1,6 +1,7 @@
 // Energies and the per-case report of the linear static run.
 #pragma once
 
+#include <orv/fem/field_tag.h>
 #include "fem/solver_static_linear.h"
 
 namespace orv {
@@ -73,7 +74,7 @@ void solver_static_linear<Types, Settings, Data>::report_cases(Data& data) {
         double dmax = 0.0, dmin = 0.0, rmax = 0.0, rmin = 0.0;
         bool d_any = false, r_any = false;
         for (std::size_t i = 0; i < n; ++i) {
-            const unsigned k = (*total_IDs_)[i] % 9;
+            const unsigned k = (*total_IDs_)[i] % fem::DOFs_per_node;
             const double v = u[i];
             if (k < 3) {
                 dmax = d_any ? std::max(dmax, v) : v;

@@ -42,7 +42,7 @@ struct solver_static_linear<Types, Settings, Data>::case_constraints {
     std::vector<std::uint32_t> penalised;  // positions in the free index
     std::vector<std::uint32_t> kept;       // positions in the free index
     std::vector<double> kept_values;
-    std::vector<double> S_inv;             // kept x kept
+    std::vector<double> S_inv;  // kept x kept
     std::vector<double> forces, residual;
     unsigned nbr_threads = 1;
 
@@ -83,20 +83,18 @@ struct solver_static_linear<Types, Settings, Data>::case_constraints {
     void set_multipliers(const double*) {}
 };
 
-
 // Per case, in a parallel loop over the cases when U, F and Kf are all in memory;
 // otherwise one case at a time with all threads. The first failure wins.
 template <class Types, class Settings, class Data>
 int solver_static_linear<Types, Settings, Data>::solve_per_case(Data& data) {
     const unsigned threads = this->nbr_threads();
-    const bool in_core =
-        U_->dense().is_all_incore() && F_->dense().is_all_incore() && Kf_->matrix().all_incore();
+    const bool in_core = U_->dense().is_all_incore() && F_->dense().is_all_incore() && Kf_->matrix().all_incore();
     const unsigned team = in_core ? static_cast<unsigned>(std::min<std::size_t>(threads, nbr_cases_)) : 1u;
     const unsigned inner = team > 1 ? 1u : threads;
     omp_lock_t lock;
     omp_init_lock(&lock);
-    const int rc = parallel_first_error(nbr_cases_, int(team),
-                                        [&](std::size_t c) { return solve_case(data, c, inner, &lock); });
+    const int rc =
+        parallel_first_error(nbr_cases_, int(team), [&](std::size_t c) { return solve_case(data, c, inner, &lock); });
     omp_destroy_lock(&lock);
     return rc;
 }
@@ -104,7 +102,7 @@ int solver_static_linear<Types, Settings, Data>::solve_per_case(Data& data) {
 // Column c holds its right-hand side with the forces of the eliminated values.
 template <class Types, class Settings, class Data>
 int solver_static_linear<Types, Settings, Data>::solve_case(Data& data, std::size_t c, unsigned threads,
-                                                           omp_lock_t* lock) {
+                                                            omp_lock_t* lock) {
     if (free_IDs_->size() == 0) return 0;
     double* u = U_column(c);
     if (!u) return fem::error_internal;
@@ -117,7 +115,7 @@ int solver_static_linear<Types, Settings, Data>::solve_case(Data& data, std::siz
 // Augmented Lagrange on the penalised DOFs and the kept imposed values of the case.
 template <class Types, class Settings, class Data>
 int solver_static_linear<Types, Settings, Data>::solve_case_ALM(Data& data, std::size_t c, double* u,
-                                                               unsigned threads) {
+                                                                unsigned threads) {
     const std::size_t n_free = free_IDs_->size();
     const skyline_factor& K = Kf_->matrix();
     const std::vector<std::uint32_t>& kept = cases_[c].kept;
@@ -167,8 +165,8 @@ int solver_static_linear<Types, Settings, Data>::solve_case_ALM(Data& data, std:
 // Conjugate gradient on the system with the kept imposed values of the case, which
 // are written into the solution first; their forces go to the other DOFs.
 template <class Types, class Settings, class Data>
-int solver_static_linear<Types, Settings, Data>::solve_case_CG(Data& data, std::size_t c, double* u,
-                                                              unsigned threads, omp_lock_t* lock) {
+int solver_static_linear<Types, Settings, Data>::solve_case_CG(Data& data, std::size_t c, double* u, unsigned threads,
+                                                               omp_lock_t* lock) {
     const std::size_t n_free = free_IDs_->size();
     const std::vector<std::uint32_t>& kept = cases_[c].kept;
     const std::vector<double>& kept_values = cases_[c].kept_values;

@@ -111,7 +111,8 @@ int solver_static_linear<Types, Settings, Data>::number_from_model(Data& data, s
         rc = number_free_DOFs(graph_ptr_, graph_IDs_, *free_IDs_, numbering_, false,
                               numbering_nested_dissection_postordered, block_profile_limit);
     if (rc) {
-        this->set_error(data, rc, rc == fem::error_memory ? "Matrix allocation error." : "K assembly error.", line_Kf_allocation);
+        this->set_error(data, rc, rc == fem::error_memory ? "Matrix allocation error." : "K assembly error.",
+                        line_Kf_allocation);
         return rc;
     }
     blocks = numbering_.totals.nbr_blocks;

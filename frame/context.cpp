@@ -34,9 +34,7 @@ context::context() : base_class(static_cast<ref_counted*>(new core::context_type
 
 void context::set_max_threads(unsigned n) { engine()->process()->set_max_threads(n); }
 unsigned context::get_max_threads() const { return engine()->process()->max_threads(); }
-unsigned context::get_nbr_physical_cores() const {
-    return engine()->process()->nbr_physical_cores();
-}
+unsigned context::get_nbr_physical_cores() const { return engine()->process()->nbr_physical_cores(); }
 
 void context::set_LLC_size(unsigned bytes) { engine()->process()->set_LLC_size(bytes); }
 unsigned context::get_LLC_size() const {
@@ -44,12 +42,8 @@ unsigned context::get_LLC_size() const {
     return s > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<unsigned>(s);
 }
 
-void context::set_max_total_size(unsigned long long MB) {
-    engine()->process()->set_max_total_size(MB);
-}
-unsigned long long context::get_max_total_size() const {
-    return engine()->process()->max_total_size();
-}
+void context::set_max_total_size(unsigned long long MB) { engine()->process()->set_max_total_size(MB); }
+unsigned long long context::get_max_total_size() const { return engine()->process()->max_total_size(); }
 
 error_type context::set_max_incore_size(unsigned MB, const char* folder, const char* prefix) {
     try {

@@ -46,10 +46,10 @@ std::uint64_t parse_size(const std::string& text) {
     const unsigned long long v = std::strtoull(text.c_str(), &end, 10);
     if (end == text.c_str()) return 0;
     switch (*end) {
-    case 'K': return v << 10;
-    case 'M': return v << 20;
-    case 'G': return v << 30;
-    default: return v;
+        case 'K': return v << 10;
+        case 'M': return v << 20;
+        case 'G': return v << 30;
+        default: return v;
     }
 }
 
@@ -68,8 +68,7 @@ topology read_topology() {
         long online = 1;
         if (read_long(base + "/online", online) && online == 0) continue;
         long package = 0, core = 0;
-        if (!read_long(base + "/topology/physical_package_id", package) ||
-            !read_long(base + "/topology/core_id", core))
+        if (!read_long(base + "/topology/physical_package_id", package) || !read_long(base + "/topology/core_id", core))
             continue;
         ++t.logical;
         cores.insert({package, core});
@@ -78,8 +77,7 @@ topology read_topology() {
 
     int best_level = 0;
     for (int index = 0; index < 16; ++index) {
-        const std::string base =
-            "/sys/devices/system/cpu/cpu0/cache/index" + std::to_string(index);
+        const std::string base = "/sys/devices/system/cpu/cpu0/cache/index" + std::to_string(index);
         long level = 0;
         std::string type, size;
         if (!read_long(base + "/level", level)) break;
@@ -102,8 +100,10 @@ std::uint64_t cpuid_LLC() {
     const unsigned max_leaf = __get_cpuid_max(0, nullptr);
     const unsigned max_ext = __get_cpuid_max(0x80000000u, nullptr);
     unsigned leaf = 0;
-    if (max_leaf >= 4) leaf = 4;
-    else if (max_ext >= 0x8000001Du) leaf = 0x8000001Du;
+    if (max_leaf >= 4)
+        leaf = 4;
+    else if (max_ext >= 0x8000001Du)
+        leaf = 0x8000001Du;
     if (!leaf) return 0;
     std::uint64_t best = 0;
     unsigned best_level = 0;
@@ -143,8 +143,7 @@ process_mgr::process_mgr() {
     }
     physical_cores_ = std::max<std::uint32_t>(physical_cores_, 1);
     const int runtime_max = omp_get_max_threads();
-    max_threads_ = std::min<std::uint32_t>(physical_cores_,
-                                          runtime_max > 0 ? runtime_max : 1);
+    max_threads_ = std::min<std::uint32_t>(physical_cores_, runtime_max > 0 ? runtime_max : 1);
     // The cache from sysfs, else from the processor itself, else one MiB per
     // logical processor.
     std::uint64_t LLC = t.LLC ? t.LLC : cpuid_LLC();
@@ -157,13 +156,9 @@ void process_mgr::set_max_threads(std::uint32_t n) {
     max_threads_ = n == 0 ? 1 : std::min(n, cap);
 }
 
-void process_mgr::set_LLC_size(std::uint64_t bytes) {
-    LLC_size_ = std::max(bytes, min_LLC_size);
-}
+void process_mgr::set_LLC_size(std::uint64_t bytes) { LLC_size_ = std::max(bytes, min_LLC_size); }
 
-void process_mgr::set_max_total_size(std::uint64_t MB) {
-    max_total_size_ = MB == 0 ? no_size_limit : MB;
-}
+void process_mgr::set_max_total_size(std::uint64_t MB) { max_total_size_ = MB == 0 ? no_size_limit : MB; }
 
 }  // namespace core
 }  // namespace orv

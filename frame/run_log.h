@@ -4,8 +4,8 @@
 // record with the ORV_FEM_DATA_ERRORS fields.
 #pragma once
 
-#include <orv/fem/error_type.h>
 #include <omp.h>
+#include <orv/fem/error_type.h>
 
 #include <cstdarg>
 #include <cstdint>
@@ -38,8 +38,7 @@ void store_error_at(Data& data, int code, const char* name, const char* source, 
     if (data.error_code != 0) return;
     data.error_code = code;
     copy_text(data.error_name, name);
-    std::snprintf(data.error_msg, sizeof data.error_msg, "File = %s, Line #%d.",
-                  source ? source : "", line);
+    std::snprintf(data.error_msg, sizeof data.error_msg, "File = %s, Line #%d.", source ? source : "", line);
 }
 
 void format_banner_row(char (&row)[64], const char* title);
@@ -128,8 +127,8 @@ constexpr unsigned long long size_line_limit = 0x1FFFFFFFFFFFFFFFull;
 // label + "%10llu doubles (%.2f MB)\n", or label + "more than %.2lf GB !\n" with
 // 2^34 when count reaches size_line_limit. unit is "doubles" or "complexes".
 template <class Settings>
-void log_size_line(const Settings& settings, unsigned level, const char* label,
-                   unsigned long long count, double MB, const char* unit = "doubles") {
+void log_size_line(const Settings& settings, unsigned level, const char* label, unsigned long long count, double MB,
+                   const char* unit = "doubles") {
     if (!settings.display_hook) return;
     if (count >= size_line_limit)
         log_line(settings, level, "%smore than %.2lf GB !\n", label, 17179869184.0);

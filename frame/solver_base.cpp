@@ -22,8 +22,7 @@ void format_banner_row(char (&row)[64], const char* title) {
     // "*", blanks up to column 9, the title, a blank, "(version)", blanks, "*" at 54.
     constexpr int width = 55;
     char middle[64];
-    const int n = std::snprintf(middle, sizeof middle, "%s (%s)", title ? title : "",
-                                fem::version::text());
+    const int n = std::snprintf(middle, sizeof middle, "%s (%s)", title ? title : "", fem::version::text());
     int len = n < 0 ? 0 : n;
     if (len > 60 - 9) len = 60 - 9;  // a title too long for the row is cut
     std::memset(row, ' ', sizeof row);
@@ -36,13 +35,9 @@ void format_banner_row(char (&row)[64], const char* title) {
 
 }  // namespace detail
 
-unsigned solver_root::nbr_threads() const {
-    return context_ ? context_->process()->max_threads() : 1u;
-}
+unsigned solver_root::nbr_threads() const { return context_ ? context_->process()->max_threads() : 1u; }
 
-std::uint64_t solver_root::LLC_size() const {
-    return context_ ? context_->process()->LLC_size() : 0x100000u;
-}
+std::uint64_t solver_root::LLC_size() const { return context_ ? context_->process()->LLC_size() : 0x100000u; }
 
 std::uint64_t solver_root::max_total_size() const {
     return context_ ? context_->process()->max_total_size() : process_mgr::no_size_limit;

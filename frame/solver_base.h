@@ -52,8 +52,7 @@ namespace detail {
 template <class S, class = void>
 struct has_output_mask : std::false_type {};
 template <class S>
-struct has_output_mask<S, std::void_t<decltype(std::declval<const S&>().output_mask)>>
-    : std::true_type {};
+struct has_output_mask<S, std::void_t<decltype(std::declval<const S&>().output_mask)>> : std::true_type {};
 }  // namespace detail
 
 // Frame of one kind of run over its settings and data records.
@@ -70,8 +69,7 @@ public:
     using settings_type = Settings;
     using data_type = Data;
 
-    solver_base(const Settings* settings, const solver_identity& id)
-        : solver_root(id), settings_(settings) {}
+    solver_base(const Settings* settings, const solver_identity& id) : solver_root(id), settings_(settings) {}
 
     const Settings& settings() const { return *settings_; }
 
@@ -87,9 +85,7 @@ public:
     void set_error(Data& data, int code, const char* name, int line) const {
         core::set_error(data, code, name, id_source(), line);
     }
-    void set_warning(Data& data, int code, const char* name) const {
-        core::set_warning(data, code, name);
-    }
+    void set_warning(Data& data, int code, const char* name) const { core::set_warning(data, code, name); }
     [[gnu::format(printf, 3, 4)]] void log(unsigned level, const char* format, ...) const {
         if (!settings_->display_hook) return;
         va_list args;
@@ -200,8 +196,8 @@ void solver_base<Settings, Data>::run(Data& data, const Held&... held) noexcept 
     // Counted references: nothing used by the run goes away during it, even if a
     // hook drops the caller's handles.
     Ptr<solver_root> self(this);
-    Ptr<ref_counted> refs[sizeof...(Held) + 1] = {
-        Ptr<ref_counted>(static_cast<ref_counted*>(held.get_w()))..., Ptr<ref_counted>()};
+    Ptr<ref_counted> refs[sizeof...(Held) + 1] = {Ptr<ref_counted>(static_cast<ref_counted*>(held.get_w()))...,
+                                                  Ptr<ref_counted>()};
 
     data.clear_data_out();
     char msg[256];
@@ -222,8 +218,7 @@ void solver_base<Settings, Data>::run(Data& data, const Held&... held) noexcept 
         bool resident = false;
         try {
             resident = make_resident(data);
-        } catch (...) {
-        }
+        } catch (...) {}
         if (!resident) set_error_msg(data, fem::error_memory, "MEMORY ERROR", "");
     }
     set_context(nullptr);

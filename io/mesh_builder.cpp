@@ -40,15 +40,16 @@ void mesh_builder::add_node(std::uint64_t id, double x, double y, double z, sour
     if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(z))
         fail(error_data, where, "node " + std::to_string(id) + " has a coordinate that is not finite");
     const unsigned column = static_cast<unsigned>(node_ids_.size());
-    if (!node_index_.emplace(id, column).second) fail(error_data, where, "node " + std::to_string(id) + " defined twice");
+    if (!node_index_.emplace(id, column).second)
+        fail(error_data, where, "node " + std::to_string(id) + " defined twice");
     node_ids_.push_back(id);
     xyz_.insert(xyz_.end(), {x, y, z});
 }
 
 void mesh_builder::add_element(element_type type, const std::string& label, std::uint64_t id,
                                const std::uint64_t* node_ids, source_pos where) {
-    auto found = block_index_.emplace(std::make_pair(static_cast<unsigned>(type), label),
-                                      static_cast<unsigned>(blocks_.size()));
+    auto found =
+        block_index_.emplace(std::make_pair(static_cast<unsigned>(type), label), static_cast<unsigned>(blocks_.size()));
     if (found.second) blocks_.push_back(block_data{type, label, {}, {}, {}});
     block_data& b = blocks_[found.first->second];
     const element_ref ref{found.first->second, static_cast<unsigned>(b.element_ids.size())};
@@ -158,8 +159,8 @@ void mesh_builder::describe(const read_fault& fault, read_error* error) const {
         *error = std::move(e);
         return;
     }
-    e.text = e.file + (e.line > 0 ? ", line " + std::to_string(e.line) : ", byte " + std::to_string(e.offset)) +
-             ": " + fault.what;
+    e.text = e.file + (e.line > 0 ? ", line " + std::to_string(e.line) : ", byte " + std::to_string(e.offset)) + ": " +
+             fault.what;
     *error = std::move(e);
 }
 

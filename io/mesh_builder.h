@@ -35,7 +35,7 @@ struct read_fault {
 struct source_file {
     std::string path;
     std::string text;
-    bool binary = false;                       // offsets are reported as bytes
+    bool binary = false;  // offsets are reported as bytes
     std::size_t line_of(std::uint64_t offset) const;
 };
 
@@ -75,7 +75,7 @@ private:
     struct block_data {
         element_type type;
         std::string label;
-        std::vector<std::uint64_t> node_ids;   // nbr_nodes(type) per element
+        std::vector<std::uint64_t> node_ids;  // nbr_nodes(type) per element
         std::vector<std::uint64_t> element_ids;
         std::vector<source_pos> where;
     };

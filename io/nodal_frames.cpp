@@ -1,4 +1,5 @@
 // Results matrices (rows by DOF ID) turned into point fields of VTK frames.
+#include <orv/fem/field_tag.h>
 #include <orv/fem/io/mesh_io.h>
 
 #include "io/mesh_builder.h"
@@ -28,7 +29,8 @@ error_type nodal_frames(const FEM_matrix& results, std::size_t nbr_points, const
         const dense1D<unsigned int> IDs = results.get_IDs();
         bool present[3] = {false, false, false};
         for (std::size_t r = 0; r < IDs.size(); ++r)
-            if (IDs[r] / 9 < nbr_points && slot_of(IDs[r] % 9) >= 0) present[slot_of(IDs[r] % 9)] = true;
+            if (IDs[r] / fem::DOFs_per_node < nbr_points && slot_of(IDs[r] % fem::DOFs_per_node) >= 0)
+                present[slot_of(IDs[r] % fem::DOFs_per_node)] = true;
 
         std::vector<vtk_frame> added(nbr_columns);
         dense1D<double> column;
@@ -46,10 +48,11 @@ error_type nodal_frames(const FEM_matrix& results, std::size_t nbr_points, const
                     throw std::bad_alloc();
             }
             for (std::size_t r = 0; r < IDs.size(); ++r) {
-                const std::size_t node = IDs[r] / 9;
-                const int k = slot_of(IDs[r] % 9);
+                const std::size_t node = IDs[r] / fem::DOFs_per_node;
+                const int k = slot_of(IDs[r] % fem::DOFs_per_node);
                 if (node >= nbr_points || k < 0) continue;
-                frame.point_data[field_of_slot[k]].values(IDs[r] % 9 - slots[k].first, node) = column[r];
+                frame.point_data[field_of_slot[k]].values(IDs[r] % fem::DOFs_per_node - slots[k].first, node) =
+                    column[r];
             }
         }
         frames.insert(frames.end(), std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));

@@ -43,19 +43,19 @@ struct named_shape {
 };
 
 const named_shape deck_shapes[] = {
-    {"C3D4", FE_tetra4, deck_tet},     {"C3D10", FE_tetra10, deck_tet},   {"C3D6", FE_wedge6, deck_wedge},
-    {"C3D15", FE_wedge15, deck_wedge}, {"C3D8", FE_hexa8, identity},      {"C3D20", FE_hexa20, identity},
-    {"C3D8R", FE_hexa8, identity},     {"C3D20R", FE_hexa20, identity},   {"C3D10M", FE_tetra10, deck_tet},
-    {"CPS3", FE_faceT3, deck_tri},     {"CPE3", FE_faceT3, deck_tri},     {"CAX3", FE_faceT3, deck_tri},
-    {"S3", FE_faceT3, deck_tri},       {"S3R", FE_faceT3, deck_tri},      {"CPS4", FE_faceQ4, identity},
-    {"CPE4", FE_faceQ4, identity},     {"CAX4", FE_faceQ4, identity},     {"S4", FE_faceQ4, identity},
-    {"CPS4R", FE_faceQ4, identity},    {"CPE4R", FE_faceQ4, identity},    {"CAX4R", FE_faceQ4, identity},
-    {"S4R", FE_faceQ4, identity},      {"CPS6", FE_faceT6, deck_tri},     {"CPE6", FE_faceT6, deck_tri},
-    {"CAX6", FE_faceT6, deck_tri},     {"S6", FE_faceT6, deck_tri},       {"CPS8", FE_faceQ8, identity},
-    {"CPE8", FE_faceQ8, identity},     {"CAX8", FE_faceQ8, identity},     {"S8", FE_faceQ8, identity},
-    {"CPS8R", FE_faceQ8, identity},    {"CPE8R", FE_faceQ8, identity},    {"CAX8R", FE_faceQ8, identity},
-    {"S8R", FE_faceQ8, identity},      {"B31", FE_edge2, identity},       {"B32", FE_edge3, deck_edge3},
-    {"B31R", FE_edge2, identity},      {"B32R", FE_edge3, deck_edge3},    {"T3D2", FE_edge2, identity},
+    {"C3D4", FE_tetra4, deck_tet},     {"C3D10", FE_tetra10, deck_tet}, {"C3D6", FE_wedge6, deck_wedge},
+    {"C3D15", FE_wedge15, deck_wedge}, {"C3D8", FE_hexa8, identity},    {"C3D20", FE_hexa20, identity},
+    {"C3D8R", FE_hexa8, identity},     {"C3D20R", FE_hexa20, identity}, {"C3D10M", FE_tetra10, deck_tet},
+    {"CPS3", FE_faceT3, deck_tri},     {"CPE3", FE_faceT3, deck_tri},   {"CAX3", FE_faceT3, deck_tri},
+    {"S3", FE_faceT3, deck_tri},       {"S3R", FE_faceT3, deck_tri},    {"CPS4", FE_faceQ4, identity},
+    {"CPE4", FE_faceQ4, identity},     {"CAX4", FE_faceQ4, identity},   {"S4", FE_faceQ4, identity},
+    {"CPS4R", FE_faceQ4, identity},    {"CPE4R", FE_faceQ4, identity},  {"CAX4R", FE_faceQ4, identity},
+    {"S4R", FE_faceQ4, identity},      {"CPS6", FE_faceT6, deck_tri},   {"CPE6", FE_faceT6, deck_tri},
+    {"CAX6", FE_faceT6, deck_tri},     {"S6", FE_faceT6, deck_tri},     {"CPS8", FE_faceQ8, identity},
+    {"CPE8", FE_faceQ8, identity},     {"CAX8", FE_faceQ8, identity},   {"S8", FE_faceQ8, identity},
+    {"CPS8R", FE_faceQ8, identity},    {"CPE8R", FE_faceQ8, identity},  {"CAX8R", FE_faceQ8, identity},
+    {"S8R", FE_faceQ8, identity},      {"B31", FE_edge2, identity},     {"B32", FE_edge3, deck_edge3},
+    {"B31R", FE_edge2, identity},      {"B32R", FE_edge3, deck_edge3},  {"T3D2", FE_edge2, identity},
 };
 
 }  // namespace
@@ -67,9 +67,10 @@ shape_order gmsh_shape(int gmsh_type) {
         const unsigned char* order;
     };
     static const entry table[] = {
-        {15, FE_node1, identity},  {1, FE_edge2, identity},    {8, FE_edge3, identity},   {26, FE_edge4, identity},
-        {2, FE_faceT3, gmsh_tri},  {9, FE_faceT6, gmsh_tri},   {3, FE_faceQ4, identity},  {16, FE_faceQ8, identity},
-        {10, FE_faceQ9, identity}, {4, FE_tetra4, gmsh_tet},   {11, FE_tetra10, gmsh_tet}, {7, FE_pyramid5, gmsh_pyr},
+        {15, FE_node1, identity},     {1, FE_edge2, identity},      {8, FE_edge3, identity},
+        {26, FE_edge4, identity},     {2, FE_faceT3, gmsh_tri},     {9, FE_faceT6, gmsh_tri},
+        {3, FE_faceQ4, identity},     {16, FE_faceQ8, identity},    {10, FE_faceQ9, identity},
+        {4, FE_tetra4, gmsh_tet},     {11, FE_tetra10, gmsh_tet},   {7, FE_pyramid5, gmsh_pyr},
         {19, FE_pyramid13, gmsh_pyr}, {14, FE_pyramid14, gmsh_pyr}, {6, FE_wedge6, gmsh_wedge},
         {18, FE_wedge15, gmsh_wedge}, {13, FE_wedge18, gmsh_wedge}, {5, FE_hexa8, gmsh_hex},
         {17, FE_hexa20, gmsh_hex},    {12, FE_hexa27, gmsh_hex},
@@ -101,13 +102,26 @@ unsigned vtk_cell_type(element_type type, const unsigned char** order) noexcept 
         const unsigned char* order;
     };
     static const entry table[] = {
-        {FE_node1, 1, detail::identity},   {FE_edge2, 3, detail::identity},   {FE_edge3, 21, detail::identity},
-        {FE_edge4, 35, detail::identity},  {FE_faceT3, 5, tri},                 {FE_faceT6, 22, tri},
-        {FE_faceQ4, 9, detail::identity},  {FE_faceQ8, 23, detail::identity}, {FE_faceQ9, 28, detail::identity},
-        {FE_tetra4, 10, tet},                {FE_tetra10, 24, tet},               {FE_pyramid5, 14, pyr},
-        {FE_pyramid13, 27, pyr},             {FE_pyramid14, 27, pyr},             {FE_wedge6, 13, wedge},
-        {FE_wedge15, 26, wedge},             {FE_wedge18, 32, wedge},             {FE_hexa8, 12, detail::identity},
-        {FE_hexa20, 25, detail::identity}, {FE_hexa27, 29, detail::identity},
+        {FE_node1, 1, detail::identity},
+        {FE_edge2, 3, detail::identity},
+        {FE_edge3, 21, detail::identity},
+        {FE_edge4, 35, detail::identity},
+        {FE_faceT3, 5, tri},
+        {FE_faceT6, 22, tri},
+        {FE_faceQ4, 9, detail::identity},
+        {FE_faceQ8, 23, detail::identity},
+        {FE_faceQ9, 28, detail::identity},
+        {FE_tetra4, 10, tet},
+        {FE_tetra10, 24, tet},
+        {FE_pyramid5, 14, pyr},
+        {FE_pyramid13, 27, pyr},
+        {FE_pyramid14, 27, pyr},
+        {FE_wedge6, 13, wedge},
+        {FE_wedge15, 26, wedge},
+        {FE_wedge18, 32, wedge},
+        {FE_hexa8, 12, detail::identity},
+        {FE_hexa20, 25, detail::identity},
+        {FE_hexa27, 29, detail::identity},
     };
     for (const entry& e : table)
         if (e.type == type) {

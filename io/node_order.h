@@ -13,7 +13,7 @@ namespace io {
 namespace detail {
 
 struct shape_order {
-    element_type type = FE_none;               // FE_none: the file's type is unknown
+    element_type type = FE_none;  // FE_none: the file's type is unknown
     unsigned nbr_file_nodes = 0;
     const unsigned char* order = nullptr;
 };

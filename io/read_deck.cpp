@@ -47,8 +47,8 @@ bool parse_id(const std::string& s, std::uint64_t& v) {
 }
 
 struct keyword_line {
-    std::string name;                          // upper case, without '*'
-    std::map<std::string, std::string> params; // upper-case keys, values as written
+    std::string name;                           // upper case, without '*'
+    std::map<std::string, std::string> params;  // upper-case keys, values as written
 };
 
 class deck_reader {
@@ -64,7 +64,7 @@ private:
     std::string set_name_, type_name_;
     bool generate_ = false;
     shape_order shape_;
-    std::vector<std::string> pending_;         // fields of an element that continues
+    std::vector<std::string> pending_;  // fields of an element that continues
     source_pos pending_at_;
     std::uint64_t nbr_generated_ = 0;
 
@@ -173,7 +173,8 @@ void deck_reader::node_line(const std::vector<std::string>& f, source_pos at) {
     for (std::size_t i = 1; i < f.size(); ++i) {
         char* end = nullptr;
         x[i - 1] = std::strtod(f[i].c_str(), &end);
-        if (f[i].empty() || end != f[i].c_str() + f[i].size()) mesh_builder::fail(error_data, at, "bad coordinate " + f[i]);
+        if (f[i].empty() || end != f[i].c_str() + f[i].size())
+            mesh_builder::fail(error_data, at, "bad coordinate " + f[i]);
     }
     b_.add_node(id, x[0], x[1], x[2], at);
     if (!set_name_.empty()) b_.add_to_node_set(set_name_, -1, id, at);

@@ -152,8 +152,8 @@ private:
 
 // What the reader keeps between sections.
 struct msh_state {
-    std::map<std::pair<int, int>, std::string> physical_names;   // (dim, tag)
-    std::map<std::pair<int, int>, std::vector<int>> entity_groups; // (dim, entity) -> physical tags
+    std::map<std::pair<int, int>, std::string> physical_names;      // (dim, tag)
+    std::map<std::pair<int, int>, std::vector<int>> entity_groups;  // (dim, entity) -> physical tags
     bool nodes = false, elements = false;
 };
 
@@ -198,7 +198,8 @@ void read_physical_names(msh_cursor& c, msh_state& s) {
         const source_pos at = c.here();
         std::string name = c.rest_of_line();
         const std::size_t open = name.find('"'), close = name.rfind('"');
-        if (open == std::string::npos || close == open) mesh_builder::fail(error_data, at, "physical name not in quotes");
+        if (open == std::string::npos || close == open)
+            mesh_builder::fail(error_data, at, "physical name not in quotes");
         s.physical_names[{dim, tag}] = name.substr(open + 1, close - open - 1);
     }
     c.expect("$EndPhysicalNames");
@@ -217,7 +218,8 @@ void read_entities(msh_cursor& c, msh_state& s) {
             const std::uint64_t nbr_groups = c.size("number of physical tags");
             check_count(c, nbr_groups, "physical tags");
             std::vector<int>& groups = s.entity_groups[{dim, tag}];
-            for (std::uint64_t g = 0; g < nbr_groups; ++g) groups.push_back(static_cast<int>(c.integer("physical tag")));
+            for (std::uint64_t g = 0; g < nbr_groups; ++g)
+                groups.push_back(static_cast<int>(c.integer("physical tag")));
             if (dim > 0) {
                 const std::uint64_t nbr_bounds = c.size("number of bounding entities");
                 check_count(c, nbr_bounds, "bounding entities");
@@ -310,7 +312,8 @@ void read_elements(msh_cursor& c, const msh_state& s, mesh_builder& builder) {
                 auto named = s.physical_names.find({dim, g});
                 const std::string name = named != s.physical_names.end() ? named->second : std::to_string(g);
                 builder.add_to_element_set(name, dim, tag, at);
-                for (unsigned i = 0; i < shape.nbr_file_nodes; ++i) builder.add_to_node_set(name, dim, file_nodes[i], at);
+                for (unsigned i = 0; i < shape.nbr_file_nodes; ++i)
+                    builder.add_to_node_set(name, dim, file_nodes[i], at);
             }
         }
         nbr_read += n;
@@ -325,7 +328,8 @@ void read_sections(msh_cursor& c, mesh_builder& builder) {
     while (!c.at_end()) {
         const source_pos at = c.here();
         const std::string header = c.word("section");
-        if (header.size() < 2 || header[0] != '$') mesh_builder::fail(error_data, at, "expected a section, found " + header);
+        if (header.size() < 2 || header[0] != '$')
+            mesh_builder::fail(error_data, at, "expected a section, found " + header);
         const std::string name = header.substr(1);
         if (name == "PhysicalNames") {
             read_physical_names(c, s);
@@ -345,7 +349,8 @@ void read_sections(msh_cursor& c, mesh_builder& builder) {
             c.skip_section(name);
         }
     }
-    if (!s.nodes || !s.elements) c.fail(s.nodes ? "truncated file, no $Elements section" : "truncated file, no $Nodes section");
+    if (!s.nodes || !s.elements)
+        c.fail(s.nodes ? "truncated file, no $Elements section" : "truncated file, no $Nodes section");
 }
 
 }  // namespace

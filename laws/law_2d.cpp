@@ -34,15 +34,13 @@ constexpr double degree = 3.14159265358979323846 / 180.0;
 matrix_fixed<double, 3, 3> plane_strain_rotation(double theta_degrees) {
     const double c = std::cos(theta_degrees * degree);
     const double s = std::sin(theta_degrees * degree);
-    return matrix_fixed<double, 3, 3>{c * c,        s * s,       c * s,
-                                      s * s,        c * c,       -c * s,
-                                      -2.0 * c * s, 2.0 * c * s, c * c - s * s};
+    return matrix_fixed<double, 3, 3>{c * c,  s * s,        c * s,       s * s,        c * c,
+                                      -c * s, -2.0 * c * s, 2.0 * c * s, c * c - s * s};
 }
 
 struct plane_constants {
     double E1, E2, nu12, G12, nu21, d;
-    explicit plane_constants(const double* card)
-        : E1(card[0]), E2(card[1]), nu12(card[2]), G12(card[3]) {
+    explicit plane_constants(const double* card) : E1(card[0]), E2(card[1]), nu12(card[2]), G12(card[3]) {
         nu21 = E1 != 0.0 ? nu12 * E2 / E1 : 0.0;
         d = 1.0 - nu12 * nu21;
     }
@@ -66,9 +64,7 @@ int plane_stress_orthotropic(const double* card, symmetric_fixed<double, 3>& P) 
     const plane_constants c(card);
     if (!c.usable()) return law_bad_size;
     const double k = 1.0 / c.d;
-    matrix_fixed<double, 3, 3> Q{c.E1 * k, c.nu12 * c.E2 * k, 0.0,
-                                 c.nu12 * c.E2 * k, c.E2 * k, 0.0,
-                                 0.0, 0.0, c.G12};
+    matrix_fixed<double, 3, 3> Q{c.E1 * k, c.nu12 * c.E2 * k, 0.0, c.nu12 * c.E2 * k, c.E2 * k, 0.0, 0.0, 0.0, c.G12};
     // Same energy in both frames: P = T' Q T.
     const matrix_fixed<double, 3, 3> T = plane_strain_rotation(card[4]);
     const matrix_fixed<double, 3, 3> QT = Q * T;
@@ -90,8 +86,7 @@ void plane_thermal_orthotropic(const double* card, double alpha[3]) {
     alpha[2] = 2.0 * c * s * (a1 - a2);
 }
 
-void transverse_shear_orthotropic(double theta_degrees, double k13, double k23,
-                                  symmetric_fixed<double, 2>& H) {
+void transverse_shear_orthotropic(double theta_degrees, double k13, double k23, symmetric_fixed<double, 2>& H) {
     // Material shears: g'13 = c g13 + s g23, g'23 = -s g13 + c g23.
     const double c = std::cos(theta_degrees * degree);
     const double s = std::sin(theta_degrees * degree);

@@ -42,8 +42,7 @@ int plane_stress_orthotropic(const double* card, symmetric_fixed<double, 3>& P);
 void plane_thermal_orthotropic(const double* card, double alpha[3]);
 // Transverse shear block of the stiffnesses k13, k23 of the material axes, turned by
 // theta into the element's axes (slots 2 E13, 2 E23).
-void transverse_shear_orthotropic(double theta_degrees, double k13, double k23,
-                                  symmetric_fixed<double, 2>& H);
+void transverse_shear_orthotropic(double theta_degrees, double k13, double k23, symmetric_fixed<double, 2>& H);
 
 }  // namespace core
 }  // namespace orv

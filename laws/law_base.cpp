@@ -62,9 +62,7 @@ int law_base::init(const dense1D<double>& data) {
     return init_code_ = finite ? law_ok : law_not_finite;
 }
 
-int law_base::normalize(dense1D<double>& data) const {
-    return check_size(data) ? law_ok : law_bad_size;
-}
+int law_base::normalize(dense1D<double>& data) const { return check_size(data) ? law_ok : law_bad_size; }
 
 void law_base::get_limits(double& min, double& max) const {
     min = -std::numeric_limits<double>::max();
@@ -87,9 +85,7 @@ dense1D<double> law_base::get_data_ref(const law_key& key) const {
     return e ? e->data : data_;
 }
 
-bool law_base::has_element_data(const law_key& key) const {
-    return find(key.element, key.point) != nullptr;
-}
+bool law_base::has_element_data(const law_key& key) const { return find(key.element, key.point) != nullptr; }
 
 int law_base::get_element_data(const law_key& key, dense1D<double>& data) const {
     data = get_data_ref(key);
@@ -148,8 +144,7 @@ int law_base::store_element_data(const law_key& key, const dense1D<double>& data
     return law_ok;
 }
 
-int law_base::set_element_by_element(std::uint32_t element, std::uint32_t point,
-                                     const dense1D<double>& data) {
+int law_base::set_element_by_element(std::uint32_t element, std::uint32_t point, const dense1D<double>& data) {
     if (data_.empty()) return init(data);
     dense1D<double> d;
     if (!d.copy(data) && !data.empty()) return law_memory;

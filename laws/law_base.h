@@ -83,8 +83,7 @@ public:
     // the element already had is set back to the base values). -1 when the size is
     // refused, -2 when a value is not finite (nothing stored then), -199 on memory.
     // Not thread safe: call it before a run.
-    virtual int set_element_by_element(std::uint32_t element, std::uint32_t point,
-                                       const dense1D<double>& data);
+    virtual int set_element_by_element(std::uint32_t element, std::uint32_t point, const dense1D<double>& data);
     // True when the key (element, point) has its own entry; the step is not used.
     virtual bool has_element_data(const law_key& key) const;
     // Stores a copy of data under (key.element, key.point), replacing an older one.

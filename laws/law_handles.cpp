@@ -11,6 +11,7 @@
 #include <orv/fem/law_shell_stiff.h>
 #include <orv/fem/law_solid_stiff.h>
 
+#include "laws/law_handle_impl.h"
 #include "laws/law_membrane_stiff.h"
 #include "laws/law_rod.h"
 #include "laws/law_scalar.h"
@@ -61,8 +62,7 @@ int law_base::set_element_by_element(unsigned element, const dense1D<double>& da
     return set_element_by_element(element, all_points, data);
 }
 
-int law_base::set_element_by_element(unsigned element, unsigned point,
-                                     const dense1D<double>& data) {
+int law_base::set_element_by_element(unsigned element, unsigned point, const dense1D<double>& data) {
     core::law_base* e = engine();
     if (!e) return core::law_bad_size;
     try {
@@ -96,24 +96,6 @@ void law_base::get_limits(double& min, double& max) const {
 }
 
 // --- creation of the concrete handles -------------------------------------------
-
-#define ORV_FEM_LAW_HANDLE_IMPL(X, Base)                                        \
-    ORV_FEM_HANDLE_IMPL(X, Base, core::X)                                       \
-    X::X() = default;                                                           \
-    X::X(context& ctx) { create(ctx); }                                         \
-    X::X(context& ctx, const dense1D<double>& data) {                           \
-        if (create(ctx) == no_error) init(data);                                \
-    }                                                                           \
-    error_type X::create(context& ctx) {                                        \
-        if (!ctx.engine()) {                                                    \
-            clear_w();                                                          \
-            return error_data;                                                  \
-        }                                                                       \
-        core::X* e = new (std::nothrow) core::X();                              \
-        if (!e) return error_memory;                                            \
-        set_w(static_cast<ref_counted*>(e));                                    \
-        return no_error;                                                        \
-    }
 
 ORV_FEM_HANDLE_IMPL(law_solid_stiff, law_base, core::law_solid_stiff)
 ORV_FEM_HANDLE_IMPL(law_membrane_stiff, law_base, core::law_membrane_stiff)
@@ -151,8 +133,8 @@ law_solid_StVenant::law_solid_StVenant(context& ctx, double E, double nu, double
     if (create(ctx) == no_error) init(E, nu, alpha);
 }
 
-law_solid_orthotropic::law_solid_orthotropic(context& ctx, const dense1D<double>& data,
-                                             const bases_mgr& bases, unsigned basis_ID) {
+law_solid_orthotropic::law_solid_orthotropic(context& ctx, const dense1D<double>& data, const bases_mgr& bases,
+                                             unsigned basis_ID) {
     if (create(ctx) == no_error) init(data, bases, basis_ID);
 }
 
@@ -161,13 +143,11 @@ law_solid_skyline::law_solid_skyline(context& ctx, const vector_fixed<unsigned i
     if (create(ctx) == no_error) init(heights, data);
 }
 
-law_membrane_StVenant::law_membrane_StVenant(context& ctx, double E, double nu, double alpha,
-                                             double thickness) {
+law_membrane_StVenant::law_membrane_StVenant(context& ctx, double E, double nu, double alpha, double thickness) {
     if (create(ctx) == no_error) init(E, nu, alpha, thickness);
 }
 
-law_shell_StVenant::law_shell_StVenant(context& ctx, double E, double nu, double alpha,
-                                       double thickness) {
+law_shell_StVenant::law_shell_StVenant(context& ctx, double E, double nu, double alpha, double thickness) {
     if (create(ctx) == no_error) init(E, nu, alpha, thickness);
 }
 
@@ -181,16 +161,11 @@ int law_shell_skyline::init(const vector_fixed<unsigned int, 8>& heights, const 
     return e ? e->init(heights, data) : core::law_bad_size;
 }
 
-int law_rod::init(double E, double area, double alpha) {
-    return law_base::init(values({E, area, alpha}));
-}
+int law_rod::init(double E, double area, double alpha) { return law_base::init(values({E, area, alpha})); }
 
-int law_solid_StVenant::init(double E, double nu, double alpha) {
-    return law_base::init(values({E, nu, alpha}));
-}
+int law_solid_StVenant::init(double E, double nu, double alpha) { return law_base::init(values({E, nu, alpha})); }
 
-int law_solid_orthotropic::init(const dense1D<double>& data, const bases_mgr& bases,
-                                unsigned basis_ID) {
+int law_solid_orthotropic::init(const dense1D<double>& data, const bases_mgr& bases, unsigned basis_ID) {
     core::law_solid_orthotropic* e = engine();
     if (!e) return core::law_bad_size;
     return e->init(data, bases.engine(), basis_ID);
@@ -201,8 +176,7 @@ unsigned law_solid_orthotropic::basis_ID() const {
     return e ? e->basis_ID() : 0xFFFFFFFFu;
 }
 
-int law_solid_skyline::init(const vector_fixed<unsigned int, 6>& heights,
-                            const dense1D<double>& data) {
+int law_solid_skyline::init(const vector_fixed<unsigned int, 6>& heights, const dense1D<double>& data) {
     core::law_solid_skyline* e = engine();
     return e ? e->init(heights, data) : core::law_bad_size;
 }

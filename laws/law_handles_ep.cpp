@@ -7,6 +7,7 @@
 #include <orv/fem/law_rod_ep.h>
 #include <orv/fem/law_solid_ep.h>
 
+#include "laws/law_handle_impl.h"
 #include "laws/law_rod_ep.h"
 #include "laws/law_solid_ep.h"
 
@@ -67,36 +68,18 @@ int init_table(law_base& law, dense1D<double> d, const dense1D<double>& strains,
 
 }  // namespace
 
-#define ORV_FEM_EP_LAW_HANDLE_IMPL(X, Base)                                     \
-    ORV_FEM_HANDLE_IMPL(X, Base, core::X)                                       \
-    X::X() = default;                                                           \
-    X::X(context& ctx) { create(ctx); }                                         \
-    X::X(context& ctx, const dense1D<double>& data) {                           \
-        if (create(ctx) == no_error) init(data);                                \
-    }                                                                           \
-    error_type X::create(context& ctx) {                                        \
-        if (!ctx.engine()) {                                                    \
-            clear_w();                                                          \
-            return error_data;                                                  \
-        }                                                                       \
-        core::X* e = new (std::nothrow) core::X();                              \
-        if (!e) return error_memory;                                            \
-        set_w(static_cast<ref_counted*>(e));                                    \
-        return no_error;                                                        \
-    }
-
 // Family roots: state operations on the engine root.
-#define ORV_FEM_EP_ROOT_IMPL(X, Base, Iso)                                                         \
-    ORV_FEM_HANDLE_IMPL(X, Base, core::X)                                                          \
-    double X::plasticity(unsigned element, unsigned point, unsigned step) const {                  \
-        return plasticity_of(engine(), element, point, step);                                      \
-    }                                                                                              \
-    void X::reset_states() {                                                                       \
-        if (core::X* e = engine()) e->reset_states();                                              \
-    }                                                                                              \
-    error_type X::copy_states(unsigned from_step, unsigned to_step) {                              \
-        return copy_states_of(engine(), from_step, to_step);                                       \
-    }                                                                                              \
+#define ORV_FEM_EP_ROOT_IMPL(X, Base, Iso)                                        \
+    ORV_FEM_HANDLE_IMPL(X, Base, core::X)                                         \
+    double X::plasticity(unsigned element, unsigned point, unsigned step) const { \
+        return plasticity_of(engine(), element, point, step);                     \
+    }                                                                             \
+    void X::reset_states() {                                                      \
+        if (core::X* e = engine()) e->reset_states();                             \
+    }                                                                             \
+    error_type X::copy_states(unsigned from_step, unsigned to_step) {             \
+        return copy_states_of(engine(), from_step, to_step);                      \
+    }                                                                             \
     bool X::curve_valid() const { return curve_valid_of(dynamic_cast<const core::Iso*>(engine())); }
 
 ORV_FEM_EP_ROOT_IMPL(law_solid_ep, law_solid_stiff, law_solid_ep_iso_hardening)
@@ -111,18 +94,18 @@ error_type law_scalar_ep::set_limit_states(double max_strain, double max_stress)
     return set_limits_of(engine(), max_strain, max_stress);
 }
 
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_solid_ep_perfect, law_solid_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_solid_ep_power, law_solid_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_solid_ep_RambergOsgood, law_solid_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_solid_ep_piecewise_linear, law_solid_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_rod_ep_perfect, law_rod_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_rod_ep_power, law_rod_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_rod_ep_RambergOsgood, law_rod_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_rod_ep_piecewise_linear, law_rod_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_scalar_ep_perfect, law_scalar_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_scalar_ep_power, law_scalar_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_scalar_ep_RambergOsgood, law_scalar_ep)
-ORV_FEM_EP_LAW_HANDLE_IMPL(law_scalar_ep_piecewise_linear, law_scalar_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_solid_ep_perfect, law_solid_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_solid_ep_power, law_solid_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_solid_ep_RambergOsgood, law_solid_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_solid_ep_piecewise_linear, law_solid_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_rod_ep_perfect, law_rod_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_rod_ep_power, law_rod_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_rod_ep_RambergOsgood, law_rod_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_rod_ep_piecewise_linear, law_rod_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_scalar_ep_perfect, law_scalar_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_scalar_ep_power, law_scalar_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_scalar_ep_RambergOsgood, law_scalar_ep)
+ORV_FEM_LAW_HANDLE_IMPL(law_scalar_ep_piecewise_linear, law_scalar_ep)
 
 #undef ORV_FEM_EP_ROOT_IMPL
 #undef ORV_FEM_EP_LAW_HANDLE_IMPL
@@ -137,8 +120,7 @@ int law_solid_ep_perfect::init(double E, double nu, double alpha, double ET, dou
     return law_base::init(values({E, nu, alpha, ET, SY}));
 }
 
-law_solid_ep_power::law_solid_ep_power(context& ctx, double E, double nu, double alpha, double SY, double a,
-                                       double n) {
+law_solid_ep_power::law_solid_ep_power(context& ctx, double E, double nu, double alpha, double SY, double a, double n) {
     if (create(ctx) == no_error) init(E, nu, alpha, SY, a, n);
 }
 
@@ -185,9 +167,7 @@ int law_rod_ep_piecewise_linear::init(double E, double area, double alpha, const
 
 int law_scalar_ep_perfect::init(double k, double ET, double SY) { return law_base::init(values({k, ET, SY})); }
 
-int law_scalar_ep_power::init(double k, double SY, double a, double n) {
-    return law_base::init(values({k, SY, a, n}));
-}
+int law_scalar_ep_power::init(double k, double SY, double a, double n) { return law_base::init(values({k, SY, a, n})); }
 
 int law_scalar_ep_RambergOsgood::init(double k, double SY, double a, double n) {
     return law_base::init(values({k, SY, a, n}));

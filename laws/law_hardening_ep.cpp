@@ -20,8 +20,7 @@ void hardening_curve::set_invalid() {
 
 void hardening_curve::set_linear(double E, double ET, double SY) {
     set_invalid();
-    if (!(E > 0.0) || !(SY > 0.0) || !(ET >= 0.0) || !(ET <= E) || !std::isfinite(E) || !std::isfinite(SY))
-        return;
+    if (!(E > 0.0) || !(SY > 0.0) || !(ET >= 0.0) || !(ET <= E) || !std::isfinite(E) || !std::isfinite(SY)) return;
     kind_ = kind_linear;
     valid_ = true;
     SY_ = SY;
@@ -30,8 +29,8 @@ void hardening_curve::set_linear(double E, double ET, double SY) {
 
 namespace {
 bool power_data_valid(double E, double SY, double a, double n) {
-    return E > 0.0 && a > 0.0 && SY >= 0.0 && n > 1.0 && std::isfinite(E) && std::isfinite(SY) &&
-           std::isfinite(a) && std::isfinite(n);
+    return E > 0.0 && a > 0.0 && SY >= 0.0 && n > 1.0 && std::isfinite(E) && std::isfinite(SY) && std::isfinite(a) &&
+           std::isfinite(n);
 }
 }  // namespace
 
@@ -64,8 +63,7 @@ bool hardening_curve::set_piecewise_linear(const double* strains, const double* 
     const double E0 = moduli[0];
     if (!(E0 > 0.0) || !(strains[0] > 0.0) || !std::isfinite(E0) || !std::isfinite(strains[0])) return true;
     for (std::size_t i = 1; i < k; ++i) {
-        if (!(strains[i] > strains[i - 1]) || !(moduli[i] >= 0.0) || !(moduli[i] <= E0) ||
-            !std::isfinite(strains[i]))
+        if (!(strains[i] > strains[i - 1]) || !(moduli[i] >= 0.0) || !(moduli[i] <= E0) || !std::isfinite(strains[i]))
             return true;
     }
     try {
@@ -95,37 +93,37 @@ bool hardening_curve::set_piecewise_linear(const double* strains, const double* 
 void hardening_curve::eval(double p, double& y, double& h) const {
     p = std::fabs(p);
     switch (kind_) {
-    case kind_linear:
-        y = H_ * p + SY_;
-        h = H_;
-        return;
-    case kind_power: {
-        const double pk = std::pow(p, k_);
-        y = SY_ + C_ * pk;
-        // The derivative is infinite at p = 0: below ep_small_p the slope is the
-        // chord from 0 to ep_small_p of the curve, a safe start for the Newton.
-        h = p > ep_small_p ? k_ * C_ * pk / p : chord_;
-        return;
-    }
-    case kind_table: {
-        const std::size_t rows = table_.size() / 3;
-        // Last row whose p is below the asked p (row 0 at the start).
-        std::size_t lo = 0, hi = rows;
-        while (hi - lo > 1) {
-            const std::size_t mid = (lo + hi) / 2;
-            if (table_[3 * mid] < p)
-                lo = mid;
-            else
-                hi = mid;
+        case kind_linear:
+            y = H_ * p + SY_;
+            h = H_;
+            return;
+        case kind_power: {
+            const double pk = std::pow(p, k_);
+            y = SY_ + C_ * pk;
+            // The derivative is infinite at p = 0: below ep_small_p the slope is the
+            // chord from 0 to ep_small_p of the curve, a safe start for the Newton.
+            h = p > ep_small_p ? k_ * C_ * pk / p : chord_;
+            return;
         }
-        h = lo + 1 < rows ? table_[3 * (lo + 1) + 2] : 0.0;
-        y = table_[3 * lo + 1] + h * (p - table_[3 * lo]);
-        return;
-    }
-    default:
-        y = 0.0;
-        h = ep_largest;
-        return;
+        case kind_table: {
+            const std::size_t rows = table_.size() / 3;
+            // Last row whose p is below the asked p (row 0 at the start).
+            std::size_t lo = 0, hi = rows;
+            while (hi - lo > 1) {
+                const std::size_t mid = (lo + hi) / 2;
+                if (table_[3 * mid] < p)
+                    lo = mid;
+                else
+                    hi = mid;
+            }
+            h = lo + 1 < rows ? table_[3 * (lo + 1) + 2] : 0.0;
+            y = table_[3 * lo + 1] + h * (p - table_[3 * lo]);
+            return;
+        }
+        default:
+            y = 0.0;
+            h = ep_largest;
+            return;
     }
 }
 
@@ -222,8 +220,7 @@ bool ep_state_map::read(const law_key& key, double* record, bool lock) const {
     return true;
 }
 
-bool ep_state_map::rebuild(std::size_t capacity, const std::vector<slot_key>& keys,
-                           const std::vector<double>& values) {
+bool ep_state_map::rebuild(std::size_t capacity, const std::vector<slot_key>& keys, const std::vector<double>& values) {
     std::size_t c = 16;
     while (c < 2 * keys.size() || c < capacity) c *= 2;
     try {
@@ -322,8 +319,7 @@ bool ep_state_map::copy_slot(std::uint32_t from, std::uint32_t to) {
 
 // --- one-component return map ---------------------------------------------------
 
-bool scalar_return_map(double E, const hardening_curve& curve, double& s, double& p, bool& plastic,
-                       double& tangent) {
+bool scalar_return_map(double E, const hardening_curve& curve, double& s, double& p, bool& plastic, double& tangent) {
     const double p_in = std::fabs(p);
     double y, h;
     curve.eval(p_in, y, h);
@@ -356,9 +352,9 @@ bool scalar_return_map(double E, const hardening_curve& curve, double& s, double
     return true;
 }
 
-int scalar_ep_compute(ep_state_map& map, const hardening_curve& curve, double E, double max_strain,
-                      double max_stress, const law_key& key, double strain, double& tangent, double& stress,
-                      double& energy, double* states, unsigned flags) {
+int scalar_ep_compute(ep_state_map& map, const hardening_curve& curve, double E, double max_strain, double max_stress,
+                      const law_key& key, double strain, double& tangent, double& stress, double& energy,
+                      double* states, unsigned flags) {
     const bool commit = (flags & law_commit) != 0;
     double record[3];
     map.read(key, record, commit);

@@ -150,17 +150,16 @@ protected:
 // elastic trial keeps s and the tangent E (E h / (E + h) when `plastic` came in true,
 // the loading tangent of a first iteration). `plastic` says whether the point
 // yielded. False when the Newton did not converge or the curve is not usable.
-bool scalar_return_map(double E, const hardening_curve& curve, double& s, double& p, bool& plastic,
-                       double& tangent);
+bool scalar_return_map(double E, const hardening_curve& curve, double& s, double& p, bool& plastic, double& tangent);
 
 // Common compute of the rod and scalar families on one strain, per unit of the
 // quantity the stress is taken on: E the elastic tangent, strain in, stress (the
 // initial stress on entry) and tangent and energy out, states[0] the plastic strain
 // and states[1] |p|. Limits: |strain| >= max_strain or |stress| >= max_stress breaks
 // the point (stress and tangent 0 from then on). Records are (strain, stress, p).
-int scalar_ep_compute(ep_state_map& map, const hardening_curve& curve, double E, double max_strain,
-                      double max_stress, const law_key& key, double strain, double& tangent, double& stress,
-                      double& energy, double* states, unsigned flags);
+int scalar_ep_compute(ep_state_map& map, const hardening_curve& curve, double E, double max_strain, double max_stress,
+                      const law_key& key, double strain, double& tangent, double& stress, double& energy,
+                      double* states, unsigned flags);
 
 }  // namespace core
 }  // namespace orv

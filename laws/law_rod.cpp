@@ -4,8 +4,7 @@
 namespace orv {
 namespace core {
 
-int law_1d::get_properties(const law_key& key, double& area, double& alpha,
-                           double& tangent) const {
+int law_1d::get_properties(const law_key& key, double& area, double& alpha, double& tangent) const {
     dense1D<double> data;
     if (get_element_data(key, data) < 0) {
         area = alpha = tangent = 0.0;
@@ -23,8 +22,7 @@ double law_1d::alpha(const law_key& key) const {
     return alpha;
 }
 
-int law_1d::stress(const law_key& key, double strain, double& stress, double& energy,
-                   double& tangent) const {
+int law_1d::stress(const law_key& key, double strain, double& stress, double& energy, double& tangent) const {
     double area, alpha;
     energy = 0.0;
     if (get_properties(key, area, alpha, tangent) < 0) return law_bad_size;
@@ -33,8 +31,8 @@ int law_1d::stress(const law_key& key, double strain, double& stress, double& en
     return law_ok;
 }
 
-int law_1d::compute(const law_key& key, double strain, double& D, double& stress,
-                    double& energy, double*, unsigned) const {
+int law_1d::compute(const law_key& key, double strain, double& D, double& stress, double& energy, double*,
+                    unsigned) const {
     return law_1d::stress(key, strain, stress, energy, D);
 }
 
@@ -45,9 +43,7 @@ int law_1d::thermal_correction(const law_key& key, double& strain, double temper
     return law_ok;
 }
 
-bool law_rod::check_size(const dense1D<double>& data) const {
-    return data.size() == 3 || data.size() == 4;
-}
+bool law_rod::check_size(const dense1D<double>& data) const { return data.size() == 3 || data.size() == 4; }
 
 int law_rod::normalize(dense1D<double>& data) const {
     if (!check_size(data)) return law_bad_size;

@@ -12,19 +12,17 @@ class law_1d : public law_base {
 public:
     // stress = E strain + stress (the initial stress on entry), energy = 0.5 strain
     // stress, tangent E. 0, or -1 (tangent and energy 0, stress unchanged).
-    virtual int stress(const law_key& key, double strain, double& stress, double& energy,
-                       double& tangent) const;
+    virtual int stress(const law_key& key, double strain, double& stress, double& energy, double& tangent) const;
     // Thermal expansion coefficient at the point (0 when the data are not usable).
     virtual double alpha(const law_key& key) const;
     // Section area, thermal expansion coefficient and tangent modulus at the point.
     // 0, or -1 (all three 0).
-    virtual int get_properties(const law_key& key, double& area, double& alpha,
-                               double& tangent) const;
+    virtual int get_properties(const law_key& key, double& area, double& alpha, double& tangent) const;
     // One point, with the arguments of the solid laws: strain in, tangent D out,
     // stress (initial stress on entry) and energy out, states (nbr_states() values)
     // and the flag word. 0 or -1.
-    virtual int compute(const law_key& key, double strain, double& D, double& stress,
-                        double& energy, double* states, unsigned flags) const;
+    virtual int compute(const law_key& key, double strain, double& D, double& stress, double& energy, double* states,
+                        unsigned flags) const;
     // strain -= alpha temperature; 0 or -1 (strain unchanged).
     virtual int thermal_correction(const law_key& key, double& strain, double temperature) const;
     // The tangent modulus of a normalised data vector.

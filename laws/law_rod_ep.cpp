@@ -19,8 +19,8 @@ int compute_1d(const Law& law, ep_state_map& map, const law_key& key, double str
     }
     hardening_curve curve;
     if (!law.get_hardening(data, curve)) return law_memory;
-    return scalar_ep_compute(map, curve, data[0], law.max_strain(), law.max_stress(), key, strain, D, stress,
-                             energy, states, flags);
+    return scalar_ep_compute(map, curve, data[0], law.max_strain(), law.max_stress(), key, strain, D, stress, energy,
+                             states, flags);
 }
 
 bool table_curve(const dense1D<double>& data, std::size_t first, hardening_curve& curve) {
@@ -33,11 +33,12 @@ bool table_curve(const dense1D<double>& data, std::size_t first, hardening_curve
 // --- rods ------------------------------------------------------------------------
 
 int law_rod_ep_iso_hardening::compute(const law_key& key, double strain, double& D, double& stress, double& energy,
-                        double* states, unsigned flags) const {
+                                      double* states, unsigned flags) const {
     return compute_1d(*this, states_, key, strain, D, stress, energy, states, flags);
 }
 
-int law_rod_ep_iso_hardening::stress(const law_key& key, double strain, double& stress, double& energy, double& tangent) const {
+int law_rod_ep_iso_hardening::stress(const law_key& key, double strain, double& stress, double& energy,
+                                     double& tangent) const {
     double states[2];
     return compute(key, strain, tangent, stress, energy, states, 0);
 }
@@ -79,12 +80,12 @@ bool law_rod_ep_piecewise_linear::get_hardening(const dense1D<double>& data, har
 // --- scalar elements ---------------------------------------------------------------
 
 int law_scalar_ep_iso_hardening::compute(const law_key& key, double strain, double& D, double& stress, double& energy,
-                           double* states, unsigned flags) const {
+                                         double* states, unsigned flags) const {
     return compute_1d(*this, states_, key, strain, D, stress, energy, states, flags);
 }
 
 int law_scalar_ep_iso_hardening::stress(const law_key& key, double strain, double& stress, double& energy,
-                          double& tangent) const {
+                                        double& tangent) const {
     double states[2];
     return compute(key, strain, tangent, stress, energy, states, 0);
 }

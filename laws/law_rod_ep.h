@@ -47,8 +47,7 @@ public:
     int compute(const law_key& key, double strain, double& D, double& stress, double& energy, double* states,
                 unsigned flags) const override;
     // An evaluation that commits nothing.
-    int stress(const law_key& key, double strain, double& stress, double& energy,
-               double& tangent) const override;
+    int stress(const law_key& key, double strain, double& stress, double& energy, double& tangent) const override;
 };
 
 // Data: E, area, alpha, ET, SY, and a reserved value (5 or 6, padded to 6).
@@ -99,8 +98,7 @@ public:
     // As law_rod_ep::compute, on the scalar's force and elongation.
     int compute(const law_key& key, double strain, double& D, double& stress, double& energy, double* states,
                 unsigned flags) const;
-    int stress(const law_key& key, double strain, double& stress, double& energy,
-               double& tangent) const override;
+    int stress(const law_key& key, double strain, double& stress, double& energy, double& tangent) const override;
 };
 
 // Data: k, ET, SY.

@@ -16,8 +16,7 @@ int law_scalar::tangent(const law_key& key, double& tangent) const {
     return law_ok;
 }
 
-int law_scalar::stress(const law_key& key, double strain, double& stress, double& energy,
-                       double& tangent) const {
+int law_scalar::stress(const law_key& key, double strain, double& stress, double& energy, double& tangent) const {
     energy = 0.0;
     if (this->tangent(key, tangent) < 0) return law_bad_size;
     stress += tangent * strain;

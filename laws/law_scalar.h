@@ -14,8 +14,7 @@ public:
     // stress = k strain + stress (the previous stress on entry), energy = 0.5 stress
     // strain, tangent = k. 0, or -1 (tangent and energy 0, stress unchanged) when the
     // data at the point are not usable.
-    virtual int stress(const law_key& key, double strain, double& stress, double& energy,
-                       double& tangent) const;
+    virtual int stress(const law_key& key, double strain, double& stress, double& energy, double& tangent) const;
     // The tangent k at the point; 0 or -1 (tangent 0).
     virtual int tangent(const law_key& key, double& tangent) const;
     // The base value k, 0 when the law has no data.

@@ -23,9 +23,8 @@ int pad_shell(dense1D<double>& data, std::size_t t_index, std::size_t i_index) {
 
 }  // namespace
 
-void law_shell_stiff::assemble_D(const symmetric_fixed<double, 3>& P, double t, double inertia,
-                                 double coupling, const symmetric_fixed<double, 2>& H,
-                                 tangent_type& D) {
+void law_shell_stiff::assemble_D(const symmetric_fixed<double, 3>& P, double t, double inertia, double coupling,
+                                 const symmetric_fixed<double, 2>& H, tangent_type& D) {
     D.fill(0.0);
     for (std::size_t i = 0; i < 3; ++i)
         for (std::size_t j = 0; j < 3; ++j) {

@@ -18,9 +18,8 @@ class law_shell_stiff : public law_2d_stiff<8> {
 protected:
     // D from the plane block P (per unit thickness), the thickness, inertia,
     // coupling and the shear block H (per unit thickness).
-    static void assemble_D(const symmetric_fixed<double, 3>& P, double t, double inertia,
-                           double coupling, const symmetric_fixed<double, 2>& H,
-                           tangent_type& D);
+    static void assemble_D(const symmetric_fixed<double, 3>& P, double t, double inertia, double coupling,
+                           const symmetric_fixed<double, 2>& H, tangent_type& D);
 };
 
 // Isotropic shell. Data: E, nu, alpha, thickness t, shear stiffness, bending inertia,

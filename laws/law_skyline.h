@@ -38,9 +38,7 @@ public:
     }
     using Base::init;
 
-    bool check_size(const dense1D<double>& data) const override {
-        return data.size() == nbr_matrix_values() + Tail;
-    }
+    bool check_size(const dense1D<double>& data) const override { return data.size() == nbr_matrix_values() + Tail; }
     int fill_D(const dense1D<double>& data, tangent_type& D) const override {
         D.fill(0.0);
         if (!check_size(data)) return law_bad_size;

@@ -20,8 +20,8 @@ void law_solid_ep::get_alphas(const dense1D<double>& data, double alpha[3]) cons
     alpha[0] = alpha[1] = alpha[2] = data[2];
 }
 
-bool law_solid_ep_iso_hardening::return_map(double G, const hardening_curve& curve, stress_type& stress,
-                                            double& p, bool& plastic, tangent_type& D) const {
+bool law_solid_ep_iso_hardening::return_map(double G, const hardening_curve& curve, stress_type& stress, double& p,
+                                            bool& plastic, tangent_type& D) const {
     const double c = 3.0 * G;
     const double p_in = std::fabs(p);
     const double q = Von_Mises_value(stress.data());
@@ -79,8 +79,7 @@ bool law_solid_ep_iso_hardening::return_map(double G, const hardening_curve& cur
 }
 
 int law_solid_ep_iso_hardening::compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                                        stress_type& stress, double& energy, double* states,
-                                        unsigned flags) const {
+                                        stress_type& stress, double& energy, double* states, unsigned flags) const {
     const bool commit = (flags & law_commit) != 0;
     double record[13];
     states_.read(key, record, commit);

@@ -28,8 +28,8 @@ public:
     // answer with its loading tangent even when the trial is elastic. 0; -1 (D zero,
     // stress unchanged) when the data are not usable; law_not_converged when the
     // return map did not converge (the elastic trial is then given); -199 on memory.
-    int compute(const law_key& key, const strain_type& strain, tangent_type& D, stress_type& stress,
-                double& energy, double* states, unsigned flags) const override;
+    int compute(const law_key& key, const strain_type& strain, tangent_type& D, stress_type& stress, double& energy,
+                double* states, unsigned flags) const override;
     // The hardening curve of a normalised data vector. False on memory.
     virtual bool get_hardening(const dense1D<double>& data, hardening_curve& curve) const = 0;
     // Radial return of `stress` (the trial on entry) from p (>= 0) with shear modulus
@@ -37,8 +37,8 @@ public:
     // on a plastic return. `plastic` in: use the loading tangent even for an elastic
     // trial; out: the point yielded. False when the Newton did not converge or the
     // curve is not usable (stress, p and D are then unchanged).
-    virtual bool return_map(double G, const hardening_curve& curve, stress_type& stress, double& p,
-                            bool& plastic, tangent_type& D) const;
+    virtual bool return_map(double G, const hardening_curve& curve, stress_type& stress, double& p, bool& plastic,
+                            tangent_type& D) const;
 };
 
 // Data: E, nu, alpha, ET, SY (5 values): linear hardening from the yield stress SY

@@ -21,15 +21,14 @@ int isotropic_D(double E, double nu, symmetric_fixed<double, 6>& D) {
 
 // --- law_solid_stiff ---------------------------------------------------------
 
-bool law_solid_stiff::get_material_frame(const vector_fixed<double, 3>&,
-                                         matrix_fixed<double, 3, 3>&) const {
+bool law_solid_stiff::get_material_frame(const vector_fixed<double, 3>&, matrix_fixed<double, 3, 3>&) const {
     return false;
 }
 
 int law_solid_stiff::get_D(const law_key& key, tangent_type& D) const { return elastic_get_D(*this, key, D); }
 
-int law_solid_stiff::compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                             stress_type& stress, double& energy, double*, unsigned) const {
+int law_solid_stiff::compute(const law_key& key, const strain_type& strain, tangent_type& D, stress_type& stress,
+                             double& energy, double*, unsigned) const {
     return elastic_compute(*this, key, strain, D, stress, energy);
 }
 
@@ -39,9 +38,7 @@ int law_solid_stiff::thermal_correction(const law_key& key, strain_type& strain,
 
 // --- law_solid_StVenant --------------------------------------------------------
 
-bool law_solid_StVenant::check_size(const dense1D<double>& data) const {
-    return data.size() == 3;
-}
+bool law_solid_StVenant::check_size(const dense1D<double>& data) const { return data.size() == 3; }
 
 int law_solid_StVenant::fill_D(const dense1D<double>& data, tangent_type& D) const {
     return isotropic_D(data[0], data[1], D);
@@ -60,16 +57,13 @@ struct orthotropic_constants {
     double nu21, nu31, nu32, delta;
 
     explicit orthotropic_constants(const double* d)
-        : E1(d[0]), E2(d[1]), E3(d[2]), nu12(d[3]), nu13(d[4]), nu23(d[5]), G12(d[6]),
-          G13(d[7]), G23(d[8]) {
+        : E1(d[0]), E2(d[1]), E3(d[2]), nu12(d[3]), nu13(d[4]), nu23(d[5]), G12(d[6]), G13(d[7]), G23(d[8]) {
         nu21 = E1 != 0.0 ? nu12 * E2 / E1 : 0.0;
         nu31 = E1 != 0.0 ? nu13 * E3 / E1 : 0.0;
         nu32 = E2 != 0.0 ? nu23 * E3 / E2 : 0.0;
         delta = 1.0 - nu12 * nu21 - nu13 * nu31 - nu23 * nu32 - 2.0 * nu21 * nu32 * nu13;
     }
-    bool usable() const {
-        return E1 != 0.0 && E2 != 0.0 && E3 != 0.0 && delta != 0.0;
-    }
+    bool usable() const { return E1 != 0.0 && E2 != 0.0 && E3 != 0.0 && delta != 0.0; }
 };
 
 }  // namespace
@@ -77,16 +71,13 @@ struct orthotropic_constants {
 law_solid_orthotropic::law_solid_orthotropic() = default;
 law_solid_orthotropic::~law_solid_orthotropic() = default;
 
-int law_solid_orthotropic::init(const dense1D<double>& data, bases_mgr* bases,
-                                std::uint32_t basis_ID) {
+int law_solid_orthotropic::init(const dense1D<double>& data, bases_mgr* bases, std::uint32_t basis_ID) {
     bases_ = bases;
     basis_ID_ = basis_ID;
     return law_solid_stiff::init(data);
 }
 
-bool law_solid_orthotropic::check_size(const dense1D<double>& data) const {
-    return data.size() == 18;
-}
+bool law_solid_orthotropic::check_size(const dense1D<double>& data) const { return data.size() == 18; }
 
 int law_solid_orthotropic::normalize(dense1D<double>& data) const {
     if (!check_size(data)) return law_bad_size;

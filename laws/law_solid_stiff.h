@@ -30,8 +30,7 @@ class law_solid_stiff : public law_3d {
 public:
     // The material frame at a point of global coordinates `position`: R holds the
     // three axes as columns. False when the law has none (the identity is kept).
-    virtual bool get_material_frame(const vector_fixed<double, 3>& position,
-                                    matrix_fixed<double, 3, 3>& R) const;
+    virtual bool get_material_frame(const vector_fixed<double, 3>& position, matrix_fixed<double, 3, 3>& R) const;
     // The tangent D at a point. 0, or -1 (data not usable; D is zero then).
     virtual int get_D(const law_key& key, tangent_type& D) const;
     // One point: stress holds the initial stress on entry and the stress on exit
@@ -39,13 +38,11 @@ public:
     // states receives nbr_states() values (none for elastic laws); flags is a
     // combination of law_commit and law_first_iteration. 0, or -1 with D, energy
     // and the stress increment zero when the data are not usable.
-    virtual int compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                        stress_type& stress, double& energy, double* states,
-                        unsigned flags) const;
+    virtual int compute(const law_key& key, const strain_type& strain, tangent_type& D, stress_type& stress,
+                        double& energy, double* states, unsigned flags) const;
     // Takes the thermal strain of `temperature` (above the reference state) out of
     // the first three strains. 0, or -1 when the data are not usable.
-    virtual int thermal_correction(const law_key& key, strain_type& strain,
-                                   double temperature) const;
+    virtual int thermal_correction(const law_key& key, strain_type& strain, double temperature) const;
     // D from a normalised data vector; 0, or -1 (D zero) when the values do not
     // define a usable matrix.
     virtual int fill_D(const dense1D<double>& data, tangent_type& D) const = 0;
@@ -87,8 +84,7 @@ public:
 
     bool check_size(const dense1D<double>& data) const override;
     int normalize(dense1D<double>& data) const override;
-    bool get_material_frame(const vector_fixed<double, 3>& position,
-                            matrix_fixed<double, 3, 3>& R) const override;
+    bool get_material_frame(const vector_fixed<double, 3>& position, matrix_fixed<double, 3, 3>& R) const override;
     int fill_D(const dense1D<double>& data, tangent_type& D) const override;
     void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
 

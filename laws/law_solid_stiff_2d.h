@@ -27,21 +27,14 @@ public:
 
     int init(double value) override { return solid_->init(value); }
     int init(const dense1D<double>& data) override { return solid_->init(data); }
-    dense1D<double> get_data_ref(const law_key& key) const override {
-        return solid_->get_data_ref(key);
-    }
-    bool check_size(const dense1D<double>& data) const override {
-        return solid_->check_size(data);
-    }
+    dense1D<double> get_data_ref(const law_key& key) const override { return solid_->get_data_ref(key); }
+    bool check_size(const dense1D<double>& data) const override { return solid_->check_size(data); }
     int normalize(dense1D<double>& data) const override { return solid_->normalize(data); }
     void get_limits(double& min, double& max) const override { solid_->get_limits(min, max); }
-    int set_element_by_element(std::uint32_t element, std::uint32_t point,
-                               const dense1D<double>& data) override {
+    int set_element_by_element(std::uint32_t element, std::uint32_t point, const dense1D<double>& data) override {
         return solid_->set_element_by_element(element, point, data);
     }
-    bool has_element_data(const law_key& key) const override {
-        return solid_->has_element_data(key);
-    }
+    bool has_element_data(const law_key& key) const override { return solid_->has_element_data(key); }
     int store_element_data(const law_key& key, const dense1D<double>& data) override {
         return solid_->store_element_data(key, data);
     }
@@ -53,13 +46,12 @@ public:
     double thickness(const law_key&) const override { return 1.0; }
     std::size_t thickness_index() const override { return static_cast<std::size_t>(-1); }
 
-    bool get_material_frame(const vector_fixed<double, 3>& position,
-                            matrix_fixed<double, 3, 3>& R) const {
+    bool get_material_frame(const vector_fixed<double, 3>& position, matrix_fixed<double, 3, 3>& R) const {
         return solid_->get_material_frame(position, R);
     }
     int get_D(const law_key& key, tangent_type& D) const { return solid_->get_D(key, D); }
-    int compute(const law_key& key, const strain_type& strain, tangent_type& D,
-                stress_type& stress, double& energy, double* states, unsigned flags) const {
+    int compute(const law_key& key, const strain_type& strain, tangent_type& D, stress_type& stress, double& energy,
+                double* states, unsigned flags) const {
         return solid_->compute(key, strain, D, stress, energy, states, flags);
     }
     int thermal_correction(const law_key& key, strain_type& strain, double temperature) const {

@@ -4,8 +4,8 @@
 #include <complex>
 #include <new>
 
-#include "linalg/FEM_matrix_impl.h"
 #include "linalg/FEM_handle_ops.h"
+#include "linalg/FEM_matrix_impl.h"
 #include "problem/stress_mgr.h"
 
 namespace orv {
@@ -99,7 +99,8 @@ error_type FEM_Zmatrix::get_vector(index_type node, field_tag tag, index_type co
     return static_cast<error_type>(rc);
 }
 
-error_type FEM_Zmatrix::get_vectors(index_type node, field_tag tag, index_type first_col, dense2D<value_type>& out) const {
+error_type FEM_Zmatrix::get_vectors(index_type node, field_tag tag, index_type first_col,
+                                    dense2D<value_type>& out) const {
     if (!engine()) return error_data;
     return static_cast<error_type>(engine()->get_vectors(node, tag, first_col, out));
 }

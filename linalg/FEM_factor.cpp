@@ -1,6 +1,6 @@
 // Public handle of the LDLt factors with DOF IDs, and their native binary file.
-#include <orv/fem/error_type.h>
 #include <orv/fem/FEM_factor.h>
+#include <orv/fem/error_type.h>
 
 #include <cstdint>
 #include <new>
@@ -138,8 +138,7 @@ int read_factor(engine_type& f, const char* file) {
             if (!in.item(column) || !in.item(end)) return -1;
             // The end positions are rebased on the block's memory; they must be the
             // ones the profile gave.
-            if (column != blk.seg_column(k) || end != std::uint64_t(blk.seg_end(k) - base) * sizeof(double))
-                return -2;
+            if (column != blk.seg_column(k) || end != std::uint64_t(blk.seg_end(k) - base) * sizeof(double)) return -2;
         }
         return 0;
     });

@@ -44,8 +44,10 @@ struct matrix_handle_ops {
     static E* with_values(const M& other, const dense2D<value_type>& values) {
         E* e = new (std::nothrow) E();
         const E* o = other.engine();
-        if (e && o && values.rows() == o->rows() && e->dense().init(values) == 0) e->set_IDs(o->get_IDs());
-        else if (e) e->clear();
+        if (e && o && values.rows() == o->rows() && e->dense().init(values) == 0)
+            e->set_IDs(o->get_IDs());
+        else if (e)
+            e->clear();
         return e;
     }
 

@@ -3,8 +3,8 @@
 
 #include <new>
 
-#include "linalg/FEM_matrix_impl.h"
 #include "linalg/FEM_handle_ops.h"
+#include "linalg/FEM_matrix_impl.h"
 #include "problem/stress_mgr.h"
 
 namespace orv {

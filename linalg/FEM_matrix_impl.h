@@ -3,6 +3,7 @@
 #pragma once
 
 #include <orv/fem/error_type.h>
+#include <orv/fem/field_tag.h>
 #include <algorithm>
 #include <complex>
 #include <cstddef>
@@ -130,8 +131,8 @@ public:
     }
     // ID of component c of a node in the field at offset off, ~0 past 32 bits.
     static std::uint64_t nodal_ID(std::uint64_t node, int off, unsigned c) noexcept {
-        if (node > (0xFFFFFFFFull - 8) / 9) return ~std::uint64_t(0);
-        return node * 9 + std::uint64_t(off) + c;
+        if (node > (0xFFFFFFFFull - 8) / fem::DOFs_per_node) return ~std::uint64_t(0);
+        return node * fem::DOFs_per_node + std::uint64_t(off) + c;
     }
     // Three components of a node; a missing ID reads 0.
     int get_vector(std::uint64_t node, unsigned tag, std::uint64_t col, value_type out[3]) const noexcept {
@@ -158,7 +159,8 @@ public:
         return 0;
     }
     // 3 x (cols - first) vectors of one node.
-    int get_vectors(std::uint64_t node, unsigned tag, std::uint64_t first, orv::dense2D<value_type>& out) const noexcept {
+    int get_vectors(std::uint64_t node, unsigned tag, std::uint64_t first,
+                    orv::dense2D<value_type>& out) const noexcept {
         const int off = field_offset(tag);
         if (off < 0 || first > cols()) {
             out.clear();
@@ -255,8 +257,8 @@ public:
         const ID_list& ids = *M::get_IDs();
         for (std::size_t r = 0; r < rows(); ++r) {
             const unsigned ID = ids[r];
-            if (ID % 9 >= 3) continue;
-            const std::size_t node = ID / 9, c = ID % 9;
+            if (ID % fem::DOFs_per_node >= 3) continue;
+            const std::size_t node = ID / fem::DOFs_per_node, c = ID % fem::DOFs_per_node;
             if (node >= pos.cols() || c >= pos.rows()) continue;
             value_type v;
             const int rc = dense().get_val(r, std::size_t(col), v);

@@ -1,6 +1,6 @@
 // Out-of-core manager: budget and temporary folder.
-#include <orv/fem/error_type.h>
 #include "linalg/OOC_mgr.h"
+#include <orv/fem/error_type.h>
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -44,8 +44,7 @@ int OOC_mgr::init(unsigned MB, const char* folder, const char* prefix) {
     file_stem_ = stem;
     // MB * 2^20 cannot exceed 64 bits for a 32-bit MB; the clamp keeps that explicit.
     const std::uint64_t max_MB = std::numeric_limits<std::uint64_t>::max() >> 20;
-    budget_bytes_ = MB > max_MB ? std::numeric_limits<std::uint64_t>::max()
-                                : static_cast<std::uint64_t>(MB) << 20;
+    budget_bytes_ = MB > max_MB ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(MB) << 20;
     return 0;
 }
 

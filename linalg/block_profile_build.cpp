@@ -1,5 +1,5 @@
-#include <orv/fem/error_type.h>
 #include "linalg/block_profile_build.h"
+#include <orv/fem/error_type.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -141,8 +141,7 @@ int build_node_block_profile(const orv::dense1D<unsigned int, 8>& xadj, const or
 }
 
 int convert_block_profile_to_DOFs(const orv::dense1D<block_profile, 8>& node_blocks,
-                                  const orv::dense1D<unsigned int, 8>& perm,
-                                  const orv::dense1D<unsigned int, 8>& sizes,
+                                  const orv::dense1D<unsigned int, 8>& perm, const orv::dense1D<unsigned int, 8>& sizes,
                                   orv::dense1D<block_profile, 8>& DOF_blocks) {
     DOF_blocks.clear_hard();
     const std::size_t n = perm.size();
@@ -206,7 +205,8 @@ int compute_block_profile_totals(const orv::dense1D<block_profile, 8>& blocks, b
         const std::uint64_t segments = bp.segments.size();
         const std::uint64_t extra = segments > columns ? segments - columns : 0;
         std::uint64_t values = columns;
-        for (std::size_t k = 0; k < bp.segments.size(); ++k) values = add_saturated(values, bp.segments[k].height, saturated);
+        for (std::size_t k = 0; k < bp.segments.size(); ++k)
+            values = add_saturated(values, bp.segments[k].height, saturated);
         t.dimension += columns;
         t.nbr_segments += segments;
         t.profile = add_saturated(t.profile, values, saturated);
@@ -236,12 +236,12 @@ void report_block_profile(const block_profile_totals& t, profile_log_hook hook, 
     emit(hook, pass_thru, line);
     if (t.dimension == 0) return;
     const double n = double(t.dimension);
-    std::snprintf(line, sizeof line, "  symbolic fill-ins      : %8.2f %%\n", 2.0 * double(t.profile) / ((n + 1.0) * n) * 100.0);
+    std::snprintf(line, sizeof line, "  symbolic fill-ins      : %8.2f %%\n",
+                  2.0 * double(t.profile) / ((n + 1.0) * n) * 100.0);
     emit(hook, pass_thru, line);
 }
 
-void report_numerical_fill(const block_profile_totals& t, std::uint64_t zeros, profile_log_hook hook,
-                           void* pass_thru) {
+void report_numerical_fill(const block_profile_totals& t, std::uint64_t zeros, profile_log_hook hook, void* pass_thru) {
     if (!hook || t.dimension == 0) return;
     char line[256];
     const std::uint64_t nonzeros = t.profile >= zeros ? t.profile - zeros : 0;

@@ -18,7 +18,7 @@ const unsigned int block_profile_limit = 600;
 typedef void (*profile_log_hook)(void* pass_thru, unsigned int level, const char* text);
 
 struct block_profile_totals {
-    std::uint64_t dimension = 0;           // sum of the blocks' columns
+    std::uint64_t dimension = 0;  // sum of the blocks' columns
     std::uint64_t nbr_blocks = 0;
     std::uint64_t nbr_segments = 0;        // own and extra segments of all blocks
     std::uint64_t profile = 0;             // stored values, diagonal included
@@ -31,8 +31,7 @@ struct block_profile_totals {
 int compute_first_neighbour_heights(const orv::dense1D<unsigned int, 8>& xadj,
                                     const orv::dense1D<unsigned int, 8>& adjncy,
                                     const orv::dense1D<unsigned int, 8>& perm,
-                                    const orv::dense1D<unsigned int, 8>& iperm,
-                                    orv::dense1D<unsigned int, 8>& heights);
+                                    const orv::dense1D<unsigned int, 8>& iperm, orv::dense1D<unsigned int, 8>& heights);
 
 // Blocks at vertex (supervariable) level, columns and heights in positions of the
 // order, with the symbolic fill between blocks. `sizes[v]` is the number of DOFs of
@@ -46,8 +45,7 @@ int build_node_block_profile(const orv::dense1D<unsigned int, 8>& xadj, const or
 // Expands a vertex-level profile to DOFs: vertex position k holds the DOF numbers
 // offset[k] .. offset[k + 1) with offset the running sum of sizes[perm[k]].
 int convert_block_profile_to_DOFs(const orv::dense1D<block_profile, 8>& node_blocks,
-                                  const orv::dense1D<unsigned int, 8>& perm,
-                                  const orv::dense1D<unsigned int, 8>& sizes,
+                                  const orv::dense1D<unsigned int, 8>& perm, const orv::dense1D<unsigned int, 8>& sizes,
                                   orv::dense1D<block_profile, 8>& DOF_blocks);
 
 // Totals of a DOF-level profile. -199 when the profile or a block's bytes saturate

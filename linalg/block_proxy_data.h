@@ -65,9 +65,7 @@ public:
     bool all_resident() const noexcept { return n_resident == n_blocks; }
     // Resident block b (b in [first_resident, first_resident + n_resident)).
     block_type& block(std::uint64_t b) noexcept { return resident[std::size_t(b - first_resident)]; }
-    const block_type& block(std::uint64_t b) const noexcept {
-        return resident[std::size_t(b - first_resident)];
-    }
+    const block_type& block(std::uint64_t b) const noexcept { return resident[std::size_t(b - first_resident)]; }
 };
 
 }  // namespace core

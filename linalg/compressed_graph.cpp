@@ -1,5 +1,5 @@
-#include <orv/fem/error_type.h>
 #include "linalg/compressed_graph.h"
+#include <orv/fem/error_type.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -25,8 +25,8 @@ bool to_dense(const std::vector<unsigned int>& v, orv::dense1D<unsigned int, 8>&
 }  // namespace
 
 int build_clique_graph(unsigned int n, const orv::dense1D<unsigned int, 8>& group_ptr,
-                       const orv::dense1D<unsigned int, 8>& group_ids,
-                       orv::dense1D<unsigned int, 8>& xadj, orv::dense1D<unsigned int, 8>& adjncy) {
+                       const orv::dense1D<unsigned int, 8>& group_ids, orv::dense1D<unsigned int, 8>& xadj,
+                       orv::dense1D<unsigned int, 8>& adjncy) {
     xadj.clear();
     adjncy.clear();
     const std::size_t g = group_ptr.size() ? group_ptr.size() - 1 : 0;

@@ -36,8 +36,8 @@ struct compressed_graph {
 // Returns 0, -101 for a vertex out of range or inconsistent pointers, -199 when
 // memory is exhausted.
 int build_clique_graph(unsigned int n, const orv::dense1D<unsigned int, 8>& group_ptr,
-                       const orv::dense1D<unsigned int, 8>& group_ids,
-                       orv::dense1D<unsigned int, 8>& xadj, orv::dense1D<unsigned int, 8>& adjncy);
+                       const orv::dense1D<unsigned int, 8>& group_ids, orv::dense1D<unsigned int, 8>& xadj,
+                       orv::dense1D<unsigned int, 8>& adjncy);
 
 // Detects supervariables of the graph (xadj, adjncy): vertices whose closed
 // neighbourhoods are equal. The graph must be symmetric and without self loops.

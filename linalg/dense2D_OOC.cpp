@@ -1,12 +1,12 @@
-#include <orv/fem/error_type.h>
 #include "linalg/dense2D_OOC.h"
+#include <orv/fem/error_type.h>
 
 namespace orv {
 namespace core {
 
 template <class T>
 Ptr<dense2D_proxy_data<T>> dense2D_OOC<T>::make_proxy(std::size_t rows, std::size_t cols, const T& v,
-                                                       const Ptr<OOC_mgr>& mgr) noexcept {
+                                                      const Ptr<OOC_mgr>& mgr) noexcept {
     Ptr<proxy_type> px(new (std::nothrow) proxy_type());
     if (!px) return px;
     orv::dense2D<T> w;
@@ -182,8 +182,8 @@ int dense2D_OOC<T>::push_back(const dense2D_OOC& o) noexcept {
     if (cols_ != 0 && o.rows_ != rows_) return fem::error_data;
     const dense2D_OOC src(o);  // o may be this very object
     const std::size_t rows = src.rows_, old = cols_;
-    Ptr<proxy_type> px = make_proxy(rows, old + src.cols_, proxy_ ? proxy_->fill_value : T(),
-                                    proxy_ ? proxy_->mgr : src.proxy_->mgr);
+    Ptr<proxy_type> px =
+        make_proxy(rows, old + src.cols_, proxy_ ? proxy_->fill_value : T(), proxy_ ? proxy_->mgr : src.proxy_->mgr);
     if (!px) return fem::error_memory;
     for (std::size_t c = 0; c < old; ++c) {
         const T* s = col_ptr(c);

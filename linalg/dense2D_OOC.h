@@ -37,10 +37,10 @@ public:
     std::uint64_t n_resident = 0;      // columns in window
     int file = -1;
     std::string file_name;
-    bool read_only = false;      // the window was not written: no write-back when it moves
-    std::vector<bool> written;   // per column: it exists in the file
-    T fill_value = T();          // what an unwritten column reads as
-    Ptr<OOC_mgr> mgr;            // null for plain in-core objects
+    bool read_only = false;     // the window was not written: no write-back when it moves
+    std::vector<bool> written;  // per column: it exists in the file
+    T fill_value = T();         // what an unwritten column reads as
+    Ptr<OOC_mgr> mgr;           // null for plain in-core objects
 
     bool all_resident() const noexcept { return n_resident == columns; }
 };
@@ -66,7 +66,8 @@ public:
 
     // A new rows x cols matrix, every value set to fill_value. A matrix of at most 128
     // elements never takes a manager. Returns 0 or -199 (the matrix is then empty).
-    int init(std::size_t rows, std::size_t cols, const T& fill_value, const Ptr<OOC_mgr>& mgr = Ptr<OOC_mgr>()) noexcept;
+    int init(std::size_t rows, std::size_t cols, const T& fill_value,
+             const Ptr<OOC_mgr>& mgr = Ptr<OOC_mgr>()) noexcept;
     // A resident matrix that takes over (shares) the given dense matrix as its window.
     int init(const orv::dense2D<T>& values, const Ptr<OOC_mgr>& mgr = Ptr<OOC_mgr>()) noexcept;
 
@@ -92,8 +93,7 @@ public:
     bool is_all_incore() const noexcept {
         if (!proxy_) return true;
         if (proxy_->all_resident()) return true;
-        return start_ >= proxy_->first_resident &&
-               start_ + cols_ <= proxy_->first_resident + proxy_->n_resident;
+        return start_ >= proxy_->first_resident && start_ + cols_ <= proxy_->first_resident + proxy_->n_resident;
     }
     // Makes the whole matrix resident for good. False when it cannot be had in memory.
     bool force_incore() noexcept;

@@ -42,9 +42,7 @@ public:
     const V& values() const noexcept { return *this; }
 
     // Position of an ID in the numbering, npos if absent or without IDs.
-    std::uint32_t position(const typename I::value_type& id) const noexcept {
-        return IDs_ ? IDs_->find(id) : npos;
-    }
+    std::uint32_t position(const typename I::value_type& id) const noexcept { return IDs_ ? IDs_->find(id) : npos; }
     // The value of an ID, null when the ID is absent or past the values.
     value_type* find(const typename I::value_type& id) noexcept {
         const std::uint32_t k = position(id);

@@ -31,9 +31,7 @@ public:
     const M& matrix() const noexcept { return *this; }
 
     // Row of an ID, npos if absent or without IDs.
-    std::uint32_t position(const typename I::value_type& id) const noexcept {
-        return IDs_ ? IDs_->find(id) : npos;
-    }
+    std::uint32_t position(const typename I::value_type& id) const noexcept { return IDs_ ? IDs_->find(id) : npos; }
     std::uint32_t row_of(const typename I::value_type& id) const noexcept { return position(id); }
 
     void shallow_copy(const indexed2D_row& o) { *this = o; }

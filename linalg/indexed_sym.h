@@ -26,7 +26,8 @@ public:
     indexed_sym() = default;
     // IDs shared; S built from the remaining arguments (a copy shares when S does).
     template <class... Args>
-    explicit indexed_sym(const Ptr<I>& IDs, Args&&... args) : ref_counted(), S(std::forward<Args>(args)...), IDs_(IDs) {}
+    explicit indexed_sym(const Ptr<I>& IDs, Args&&... args)
+        : ref_counted(), S(std::forward<Args>(args)...), IDs_(IDs) {}
     indexed_sym(const indexed_sym& o) : ref_counted(), S(o), IDs_(o.IDs_) {}
     indexed_sym& operator=(const indexed_sym& o) {
         S::operator=(static_cast<const S&>(o));
@@ -42,9 +43,7 @@ public:
     std::size_t nbr_IDs() const noexcept { return IDs_ ? IDs_->size() : 0; }
 
     // Position of an ID, npos if absent or without IDs.
-    std::uint32_t position(const typename I::value_type& id) const noexcept {
-        return IDs_ ? IDs_->find(id) : npos;
-    }
+    std::uint32_t position(const typename I::value_type& id) const noexcept { return IDs_ ? IDs_->find(id) : npos; }
     // Positions of two IDs; false when either is absent.
     bool positions(const typename I::value_type& id_i, const typename I::value_type& id_j, std::uint32_t& i,
                    std::uint32_t& j) const noexcept {

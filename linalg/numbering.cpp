@@ -1,5 +1,5 @@
-#include <orv/fem/error_type.h>
 #include "linalg/numbering.h"
+#include <orv/fem/error_type.h>
 
 #include <metis.h>
 
@@ -8,7 +8,6 @@
 #include <new>
 #include <random>
 #include <vector>
-
 
 namespace orv {
 namespace core {
@@ -47,8 +46,8 @@ int metis_order(const orv::dense1D<unsigned int, 8>& xadj, const orv::dense1D<un
     std::vector<idx_t> mp(n), mi(n);
     idx_t nv = static_cast<idx_t>(n);
     if (ma.empty()) ma.push_back(0);  // METIS reads the array even with no edge
-    const int rc = METIS_NodeND(&nv, mx.data(), ma.data(), mw.empty() ? nullptr : mw.data(), nullptr, mp.data(),
-                                mi.data());
+    const int rc =
+        METIS_NodeND(&nv, mx.data(), ma.data(), mw.empty() ? nullptr : mw.data(), nullptr, mp.data(), mi.data());
     if (rc == METIS_ERROR_MEMORY) return fem::error_memory;
     if (rc != METIS_OK) return fem::error_internal;
     for (std::size_t k = 0; k < n; ++k) {
@@ -174,7 +173,8 @@ int build_DOF_pattern(const compressed_graph& g, const orv::dense1D<unsigned int
     pointers.clear();
     columns.clear();
     const std::size_t ns = g.nbr_super();
-    if (!valid_order(ns, perm, iperm) || !valid_graph(g.xadj, g.adjncy) || (g.xadj.size() != ns + 1 && !(ns == 0 && g.xadj.size() == 0)))
+    if (!valid_order(ns, perm, iperm) || !valid_graph(g.xadj, g.adjncy) ||
+        (g.xadj.size() != ns + 1 && !(ns == 0 && g.xadj.size() == 0)))
         return fem::error_data;
     try {
         std::vector<std::uint64_t> offset(ns + 1, 0);
@@ -300,7 +300,8 @@ int number_free_DOFs(const orv::dense1D<unsigned int, 8>& group_ptr, const orv::
     std::size_t at = 0;
     for (unsigned int k = 0; k < ns; ++k) {
         const unsigned int s = perm[k];
-        for (unsigned int m = cg.super_ptr[s]; m < cg.super_ptr[s + 1]; ++m) ordered[at++] = free_DOFs[cg.super_members[m]];
+        for (unsigned int m = cg.super_ptr[s]; m < cg.super_ptr[s + 1]; ++m)
+            ordered[at++] = free_DOFs[cg.super_members[m]];
     }
     // init builds the new table aside: on failure the caller's list is untouched.
     if (!free_DOFs.init(ordered.begin(), ordered.end())) {

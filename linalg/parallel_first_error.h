@@ -2,8 +2,8 @@
 // wins: one mechanism for the runs, the models' element loops and the factorisation.
 #pragma once
 
-#include <orv/fem/error_type.h>
 #include <omp.h>
+#include <orv/fem/error_type.h>
 
 #include <atomic>
 #include <cstddef>

@@ -55,8 +55,8 @@ public:
 private:
     static constexpr std::uint32_t npos = vector_fast<unsigned int>::npos;
     std::size_t n_;
-    std::vector<std::uint32_t> pos_;       // position of each listed ID, npos if absent
-    std::vector<std::size_t> start_;       // groups of position r: group_of_[start_[r] ..]
+    std::vector<std::uint32_t> pos_;  // position of each listed ID, npos if absent
+    std::vector<std::size_t> start_;  // groups of position r: group_of_[start_[r] ..]
     std::vector<unsigned int> group_of_;
 };
 

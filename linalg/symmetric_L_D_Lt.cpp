@@ -1,5 +1,5 @@
-#include <orv/fem/error_type.h>
 #include "linalg/symmetric_L_D_Lt.h"
+#include <orv/fem/error_type.h>
 
 #include <omp.h>
 
@@ -129,9 +129,7 @@ struct block_work_arrays {
     std::vector<double* const*> sbase;
     std::vector<inner_work> inner;
     std::size_t map_columns = 0, map_runs = 0;  // e and m of the unit's scatter map
-    scatter_map map() const {
-        return scatter_map{scol.data(), srun.data(), sbase.data(), run_block.data()};
-    }
+    scatter_map map() const { return scatter_map{scol.data(), srun.data(), sbase.data(), run_block.data()}; }
 };
 
 template <class V>
@@ -282,8 +280,7 @@ int factor_own(factor_state& st, block_work_arrays& ws, std::size_t n, std::size
             {
                 const std::size_t p = std::size_t(omp_get_thread_num()), np = std::size_t(omp_get_num_threads());
                 const std::size_t j0 = w * p / np, j1 = w * (p + 1) / np;
-                kernels::trsm('L', 'U', 'T', 'U', int(m), int(j1 - j0), 1.0, W + t + t * n, int(n), Y + j0 * n,
-                              int(n));
+                kernels::trsm('L', 'U', 'T', 'U', int(m), int(j1 - j0), 1.0, W + t + t * n, int(n), Y + j0 * n, int(n));
                 for (std::size_t j = j0; j < j1; ++j) {
                     double* y = Y + j * n;
                     double* pp = P + j * m;
@@ -506,11 +503,10 @@ int block_work(factor_state& st, std::uint64_t b0, std::uint64_t b1, block_work_
                 base = qt[c - qf].end - c;
             } else {
                 if (cur < qs && qt[cur].column != c)
-                    cur = std::size_t(std::lower_bound(qt + cur, qt + qs, std::uint64_t(c),
-                                                       [](const segment_type& s, std::uint64_t v) {
-                                                           return s.column < v;
-                                                       }) -
-                                      qt);
+                    cur = std::size_t(
+                        std::lower_bound(qt + cur, qt + qs, std::uint64_t(c),
+                                         [](const segment_type& s, std::uint64_t v) { return s.column < v; }) -
+                        qt);
                 // A unit of several blocks may pair columns that no row of the
                 // matrix couples: their product is exactly zero and has no place.
                 if (cur < qs && qt[cur].column == c) base = qt[cur].end - ql;
@@ -699,8 +695,8 @@ void form_units(const symmetric_hybrid_OOC<double>& A, std::uint64_t w0, std::ui
 
 }  // namespace
 
-int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_callback& check,
-                                                                     std::size_t cache_bytes, int n_threads) {
+int symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factorize_impl(const pivot_callback& check, std::size_t cache_bytes,
+                                                                   int n_threads) {
     factored_ = false;
     flops_ = 0;
     if (!proxy_ || dimension() == 0) {
@@ -854,9 +850,9 @@ void tree_levels(const symmetric_hybrid_OOC<double>& A, std::vector<std::uint64_
 
 }  // namespace
 
-void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_block(const block_type& blk, double* y,
-                                                                    double* energy, bool diagonal,
-                                                                    int n_threads, double* extra_out) const {
+void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_block(const block_type& blk, double* y, double* energy,
+                                                                   bool diagonal, int n_threads,
+                                                                   double* extra_out) const {
     const std::size_t n = std::size_t(blk.n_own), f = blk.first(), l = blk.last(), ns = blk.nbr_segments();
     const segment_type* tab = blk.table();
     const double* begin = blk.diag() + n;
@@ -896,8 +892,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block(const block_
     }
 }
 
-double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, bool diagonal,
-                                                                    int n_threads) const {
+double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, bool diagonal, int n_threads) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     double energy = 0;
     const std::uint64_t nb = nbr_blocks();
@@ -1021,7 +1016,8 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, i
         const std::vector<std::uint64_t>& blocks = by_level[lv];
         const int t = int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
 #pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
-        for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(blocks.size()); ++i) backward_block(block(blocks[std::size_t(i)]), y);
+        for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(blocks.size()); ++i)
+            backward_block(block(blocks[std::size_t(i)]), y);
     }
 }
 
@@ -1032,9 +1028,8 @@ double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* y, int n_th
     return e;
 }
 
-void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, std::size_t ldy,
-                                                                    std::size_t n_columns, int n_threads,
-                                                                    double* energies) const {
+void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, std::size_t ldy, std::size_t n_columns,
+                                                                   int n_threads, double* energies) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     if (n_columns == 0) return;
     if (energies)
@@ -1061,14 +1056,14 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, st
     });
 }
 
-void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* Y, std::size_t ldy,
-                                                                     std::size_t n_columns, int) const {
+void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_diagonal(double* Y, std::size_t ldy, std::size_t n_columns,
+                                                                    int) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     for (std::size_t j = 0; j < n_columns; ++j) solve_diagonal(Y + j * ldy);
 }
 
-void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, std::size_t ldy,
-                                                                     std::size_t n_columns, int n_threads) const {
+void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, std::size_t ldy, std::size_t n_columns,
+                                                                    int n_threads) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     if (n_columns == 0) return;
     const int t = int(std::min<std::size_t>(n_columns, std::size_t(std::max(n_threads, 1))));
@@ -1090,15 +1085,15 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, s
 }
 
 void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve(double* Y, std::size_t ldy, std::size_t n_columns,
-                                                            int n_threads, double* energies) const {
+                                                           int n_threads, double* energies) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     solve_forward(Y, ldy, n_columns, n_threads, energies);
     solve_backward(Y, ldy, n_columns, n_threads);
 }
 
 std::uint64_t symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factor_work_bytes(const block_profile* profiles,
-                                                                             std::size_t n_blocks,
-                                                                             std::uint64_t profile, int n_threads) {
+                                                                                std::size_t n_blocks,
+                                                                                std::uint64_t profile, int n_threads) {
     if (!profiles || n_blocks == 0) return 0;
     const int T = std::max(n_threads, 1);
     const bool parallel = T >= 2 && n_blocks >= 2 && profile > 128;
@@ -1122,10 +1117,9 @@ std::uint64_t symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factor_work_bytes(
             std::size_t block_end = 0;
             for (const std::size_t c : ext) {
                 if (m && c < block_end) continue;
-                const block_profile* q = std::upper_bound(profiles, profiles + n_blocks, c,
-                                                          [](std::size_t v, const block_profile& bp) {
-                                                              return v < std::size_t(bp.last);
-                                                          });
+                const block_profile* q =
+                    std::upper_bound(profiles, profiles + n_blocks, c,
+                                     [](std::size_t v, const block_profile& bp) { return v < std::size_t(bp.last); });
                 block_end = q < profiles + n_blocks ? std::size_t(q->last) : ~std::size_t(0);
                 ++m;
             }
@@ -1142,8 +1136,7 @@ std::uint64_t symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::factor_work_bytes(
     // columns: the dense columns, the target pointers and eight lists of columns; one
     // tile of products with its pending pieces for each thread of a nested region.
     const std::uint64_t per_thread = 8 * (own + extra + panel + targets + 6 * rows + 8 * columns + tile);
-    return parallel ? per_thread * std::uint64_t(T) + 8 * tile * std::uint64_t(T) * std::uint64_t(T - 1)
-                    : per_thread;
+    return parallel ? per_thread * std::uint64_t(T) + 8 * tile * std::uint64_t(T) * std::uint64_t(T - 1) : per_thread;
 }
 
 }  // namespace core

@@ -87,8 +87,7 @@ public:
                        double* energies = nullptr) const;
     void solve_diagonal(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1) const;
     void solve_backward(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1) const;
-    void solve(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1,
-               double* energies = nullptr) const;
+    void solve(double* Y, std::size_t ldy, std::size_t n_columns, int n_threads = 1, double* energies = nullptr) const;
     void solve(orv::dense2D<double>& Y, int n_threads = 1, double* energies = nullptr) const {
         if (Y.rows() >= dimension() && Y.cols()) solve(Y.col(0), Y.ld(), Y.cols(), n_threads, energies);
     }
@@ -96,8 +95,8 @@ public:
     // Bytes of the work arrays that factorize holds (and frees when it returns) for a
     // matrix of these block profiles on n_threads threads: the per-thread dense copies
     // of the largest unit of consecutive blocks factored together.
-    static std::uint64_t factor_work_bytes(const block_profile* profiles, std::size_t n_blocks,
-                                           std::uint64_t profile, int n_threads);
+    static std::uint64_t factor_work_bytes(const block_profile* profiles, std::size_t n_blocks, std::uint64_t profile,
+                                           int n_threads);
 
     // Floating-point operations of the last factorisation (multiply and add counted
     // apart), as carried out by the kernels.
@@ -136,7 +135,7 @@ struct pivot_outcome {
     const char* warning_text = nullptr;  // "Pivot warning." with -11
     const char* file = nullptr;          // the caller's site of the error
     int line = 0;
-    std::uint32_t bad_pivot_DOF = ~0u;   // DOF ID of the pivot at fault
+    std::uint32_t bad_pivot_DOF = ~0u;  // DOF ID of the pivot at fault
     double pivot_min = 0;
     double pivot_max = 0;
 };
@@ -186,8 +185,8 @@ int factorize_with_outcome(skyline_factor& A, Checker& c, const std::uint32_t* i
 // The same on the factor of an indexed matrix: the DOF IDs come from its numbering,
 // the kind from the checker.
 template <class I, class Checker>
-int factorize_with_outcome(indexed_sym<I, skyline_factor>& A, Checker& checker, std::size_t cache_bytes,
-                           int n_threads, pivot_outcome& out, const error_site& site = {}) {
+int factorize_with_outcome(indexed_sym<I, skyline_factor>& A, Checker& checker, std::size_t cache_bytes, int n_threads,
+                           pivot_outcome& out, const error_site& site = {}) {
     const Ptr<I>& ids = A.get_IDs();
     const bool usable = ids && ids->size() >= A.dimension();
     return factorize_with_outcome(static_cast<skyline_factor&>(A), checker, Checker::definite_kind,

@@ -1,5 +1,5 @@
-#include <orv/fem/error_type.h>
 #include "linalg/symmetric_hybrid_OOC.h"
+#include <orv/fem/error_type.h>
 
 #include <omp.h>
 
@@ -243,9 +243,9 @@ int symmetric_hybrid_OOC<T>::row_pour(std::size_t row, const std::pair<std::size
             if (c - row <= blk.seg_height(s)) p = tab[s].end - (c - row);
         } else {
             if (k < ns && tab[k].column != c) {
-                const segment_type* q = std::lower_bound(
-                    tab + k, tab + ns, std::uint64_t(c),
-                    [](const segment_type& s, std::uint64_t v2) { return s.column < v2; });
+                const segment_type* q =
+                    std::lower_bound(tab + k, tab + ns, std::uint64_t(c),
+                                     [](const segment_type& s, std::uint64_t v2) { return s.column < v2; });
                 k = std::size_t(q - tab);
             }
             if (k < ns && tab[k].column == c && last - row <= blk.seg_height(k)) p = tab[k].end - (last - row);
@@ -281,8 +281,7 @@ bool sorted_positions(const unsigned int* pos, std::size_t n, std::size_t dim,
 }  // namespace
 
 template <class T>
-int symmetric_hybrid_OOC<T>::add_packed(T alpha, const T* packed, std::size_t n, const unsigned int* pos,
-                                        bool skew) {
+int symmetric_hybrid_OOC<T>::add_packed(T alpha, const T* packed, std::size_t n, const unsigned int* pos, bool skew) {
     if (alpha == T(0) || n == 0 || !proxy_) return 0;
     int rc = 0;
     std::vector<std::pair<std::size_t, std::size_t>> order;
@@ -363,8 +362,9 @@ int symmetric_hybrid_OOC<T>::add(T alpha, const orv::symmetric_sparse<T>& B, con
             row.emplace_back(pos[j], full[k].second);
         }
         if (row.empty()) continue;
-        std::sort(row.begin(), row.end(),
-                  [](const std::pair<std::size_t, T>& x, const std::pair<std::size_t, T>& y) { return x.first < y.first; });
+        std::sort(row.begin(), row.end(), [](const std::pair<std::size_t, T>& x, const std::pair<std::size_t, T>& y) {
+            return x.first < y.first;
+        });
         const int r = row_pour(p, row.data(), row.size(), alpha);
         if (r && !rc) rc = r;
     }
@@ -430,8 +430,7 @@ void symmetric_hybrid_OOC<T>::mult_add(T alpha, const T* X, std::size_t ldx, T* 
 }
 
 template <class T>
-void symmetric_hybrid_OOC<T>::mult_add(T alpha, const orv::dense2D<T>& X, orv::dense2D<T>& Y,
-                                       int n_threads) const {
+void symmetric_hybrid_OOC<T>::mult_add(T alpha, const orv::dense2D<T>& X, orv::dense2D<T>& Y, int n_threads) const {
     const std::size_t nc = std::min(X.cols(), Y.cols());
     if (X.rows() < dimension() || Y.rows() < dimension()) return;
     mult_add(alpha, X.col(0), X.ld(), Y.col(0), Y.ld(), nc, n_threads);

@@ -78,7 +78,8 @@ public:
         if (rows == 0) return 0.0;
         if (profile >= 0x1FFFFFFFFFFFFFFFull) return 17592186044416.0;
         return (56.0 + 4.0 * double(rows + blocks) + 56.0 * double(blocks) + 16.0 * double(segments) +
-                8.0 * double(profile)) / 1048576.0;
+                8.0 * double(profile)) /
+               1048576.0;
     }
     double layout_MB() const noexcept { return layout_MB(dimension(), nbr_blocks(), nbr_segments(), profile()); }
     bool all_incore() const noexcept { return !proxy_ || proxy_->all_resident(); }

@@ -53,9 +53,7 @@ public:
         return k == 0 ? const_cast<T*>(values.data()) + n_own : segments[k - 1].end;
     }
     T* seg_end(std::size_t k) const noexcept { return segments[k].end; }
-    std::size_t seg_height(std::size_t k) const noexcept {
-        return std::size_t(seg_end(k) - seg_begin(k));
-    }
+    std::size_t seg_height(std::size_t k) const noexcept { return std::size_t(seg_end(k) - seg_begin(k)); }
     std::uint64_t seg_column(std::size_t k) const noexcept { return segments[k].column; }
 
     // Index of the segment of column c (c >= first), or ~0 if the block has none.

@@ -4,11 +4,11 @@ namespace orv {
 namespace core {
 
 namespace {
-const std::size_t bucket_primes[30] = {
-    13ul,        23ul,        53ul,        97ul,        193ul,       389ul,       769ul,       1543ul,
-    3079ul,      6151ul,      12289ul,     24593ul,     49157ul,     98317ul,     196613ul,    393241ul,
-    786433ul,    1572869ul,   3145739ul,   6291469ul,   12582917ul,  25165843ul,  50331653ul,  100663319ul,
-    201326611ul, 402653189ul, 805306457ul, 1610612741ul, 3221225473ul, 4294967291ul};
+const std::size_t bucket_primes[30] = {13ul,        23ul,        53ul,        97ul,         193ul,        389ul,
+                                       769ul,       1543ul,      3079ul,      6151ul,       12289ul,      24593ul,
+                                       49157ul,     98317ul,     196613ul,    393241ul,     786433ul,     1572869ul,
+                                       3145739ul,   6291469ul,   12582917ul,  25165843ul,   50331653ul,   100663319ul,
+                                       201326611ul, 402653189ul, 805306457ul, 1610612741ul, 3221225473ul, 4294967291ul};
 constexpr std::size_t start_buckets = 23;
 constexpr std::uint32_t taken = 1;
 }  // namespace

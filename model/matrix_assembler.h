@@ -2,6 +2,7 @@
 #pragma once
 
 #include <orv/fem/error_type.h>
+#include <orv/fem/field_tag.h>
 #include <complex>
 #include <cstdint>
 #include <type_traits>
@@ -33,8 +34,7 @@ public:
     virtual int add_diag(double factor, const DOF_vector& element_diag) = 0;
     virtual int add_gen(double factor, const element_gen_matrix& element_matrix) = 0;
     // `symmetric` is the workspace's symmetry flag: false for a skew element matrix.
-    virtual int add_sparse(double factor, const element_sparse_matrix& element_sparse,
-                           bool symmetric) = 0;
+    virtual int add_sparse(double factor, const element_sparse_matrix& element_sparse, bool symmetric) = 0;
     virtual int add_sym(double factor, const element_sym_matrix& element_sym, bool symmetric) = 0;
 };
 
@@ -52,9 +52,7 @@ public:
 // storage_empty(S): no entry can be reached. storage_add(S, r, c, v): adds v at (r, c);
 // a symmetric storage is given r >= c. An entry outside a sparse pattern is dropped.
 
-inline bool storage_empty(const symmetric_sparse<double>& s) {
-    return s.dim() == 0 || s.nbr_entries() == 0;
-}
+inline bool storage_empty(const symmetric_sparse<double>& s) { return s.dim() == 0 || s.nbr_entries() == 0; }
 inline int storage_add(symmetric_sparse<double>& s, std::size_t r, std::size_t c, double v) {
     if (double* p = s.find(r, c)) *p += v;
     return 0;
@@ -64,9 +62,7 @@ inline int storage_add(symmetric_full<double>& s, std::size_t r, std::size_t c, 
     s(r, c) += v;
     return 0;
 }
-inline bool storage_empty(const symmetric_hybrid_OOC<double>& s) {
-    return !s.is_valid() || s.dimension() == 0;
-}
+inline bool storage_empty(const symmetric_hybrid_OOC<double>& s) { return !s.is_valid() || s.dimension() == 0; }
 inline int storage_add(symmetric_hybrid_OOC<double>& s, std::size_t r, std::size_t c, double v) {
     // Outside the profile (-102) the value is left out; past the dimension is an error.
     return s.add_val(r, c, v) == fem::error_data ? fem::error_data : 0;
@@ -155,9 +151,7 @@ inline bool has_entries(const element_sparse_matrix& e) {
     return e.get_IDs() && e.matrix().dim() > 0 && e.matrix().nbr_entries() > 0;
 }
 inline bool has_entries(const DOF_vector& e) { return e.get_IDs() && e.size() > 0; }
-inline bool has_entries(const element_gen_matrix& e) {
-    return e.get_IDs() && e.rows() * e.cols() > 0;
-}
+inline bool has_entries(const element_gen_matrix& e) { return e.get_IDs() && e.rows() * e.cols() > 0; }
 
 }  // namespace detail
 
@@ -168,8 +162,7 @@ class matrix_target_assembler : public matrix_assembler_base {
 public:
     typedef typename Target::value_type value_type;
 
-    matrix_target_assembler(Target& target, value_type multiplier)
-        : target_(&target), multiplier_(multiplier) {}
+    matrix_target_assembler(Target& target, value_type multiplier) : target_(&target), multiplier_(multiplier) {}
 
     bool is_null() const override {
         return multiplier_ == value_type(0.0) || !target_->get_IDs() || storage_empty(target_->matrix());
@@ -230,10 +223,10 @@ public:
             element_positions(e.matrix().dim());
             return storage().add(f, e.matrix(), map_.data(), Skew) == fem::error_memory ? fem::error_memory : 0;
         } else {
-            return detail::for_each_sparse_entry(e, pairs_, map_, [&](std::uint32_t I, std::uint32_t J,
-                                                                        std::size_t, std::size_t, double v) {
-                return add_entry(I, J, f, v);
-            });
+            return detail::for_each_sparse_entry(
+                e, pairs_, map_, [&](std::uint32_t I, std::uint32_t J, std::size_t, std::size_t, double v) {
+                    return add_entry(I, J, f, v);
+                });
         }
     }
     int add_sym(double factor, const element_sym_matrix& e, bool symmetric) override {
@@ -243,10 +236,10 @@ public:
             element_positions(e.matrix().dim());
             return storage().add(f, e.matrix(), map_.data(), Skew) == fem::error_memory ? fem::error_memory : 0;
         } else {
-            return detail::for_each_sym_entry(e, pairs_, [&](std::uint32_t I, std::uint32_t J, std::size_t,
-                                                              std::size_t, double v) {
-                return add_entry(I, J, f, v);
-            });
+            return detail::for_each_sym_entry(
+                e, pairs_, [&](std::uint32_t I, std::uint32_t J, std::size_t, std::size_t, double v) {
+                    return add_entry(I, J, f, v);
+                });
         }
     }
 
@@ -293,12 +286,9 @@ public:
 // element diagonals.
 class matrix_diag_assembler : public matrix_assembler_base {
 public:
-    matrix_diag_assembler(DOF_vector& target, double multiplier)
-        : target_(&target), multiplier_(multiplier) {}
+    matrix_diag_assembler(DOF_vector& target, double multiplier) : target_(&target), multiplier_(multiplier) {}
 
-    bool is_null() const override {
-        return multiplier_ == 0.0 || !target_->get_IDs() || target_->size() == 0;
-    }
+    bool is_null() const override { return multiplier_ == 0.0 || !target_->get_IDs() || target_->size() == 0; }
     int add_diag(double factor, const DOF_vector& d) override;
     int add_gen(double, const element_gen_matrix&) override { return 0; }
     int add_sparse(double, const element_sparse_matrix&, bool) override { return 0; }
@@ -342,18 +332,18 @@ public:
     int add_sparse(double factor, const element_sparse_matrix& e, bool symmetric) override {
         value_type f;
         if (!begin_add(factor, e, f)) return 0;
-        return detail::for_each_sparse_entry(e, pairs_, map_, [&](std::uint32_t I, std::uint32_t J,
-                                                                    std::size_t, std::size_t, double v) {
-            return add_both(I, J, f, v, symmetric);
-        });
+        return detail::for_each_sparse_entry(e, pairs_, map_,
+                                             [&](std::uint32_t I, std::uint32_t J, std::size_t, std::size_t, double v) {
+                                                 return add_both(I, J, f, v, symmetric);
+                                             });
     }
     int add_sym(double factor, const element_sym_matrix& e, bool symmetric) override {
         value_type f;
         if (!begin_add(factor, e, f)) return 0;
-        return detail::for_each_sym_entry(e, pairs_, [&](std::uint32_t I, std::uint32_t J, std::size_t,
-                                                          std::size_t, double v) {
-            return add_both(I, J, f, v, symmetric);
-        });
+        return detail::for_each_sym_entry(e, pairs_,
+                                          [&](std::uint32_t I, std::uint32_t J, std::size_t, std::size_t, double v) {
+                                              return add_both(I, J, f, v, symmetric);
+                                          });
     }
 
 private:
@@ -407,7 +397,7 @@ struct DOF_selector {
     std::uint64_t mask = 0;
     double value = 1.0;
 
-    double operator()(std::uint32_t ID) const { return (mask >> (ID % 9)) & 1u ? value : 0.0; }
+    double operator()(std::uint32_t ID) const { return (mask >> (ID % fem::DOFs_per_node)) & 1u ? value : 0.0; }
 };
 
 // Stores no matrix: adds factor times the quadratic form x' K x of each element matrix,

@@ -1,6 +1,7 @@
 // Defaults of the model contract and the element assembly loops.
-#include <orv/fem/error_type.h>
 #include "model/numerical_model_base.h"
+#include <orv/fem/error_type.h>
+#include <orv/fem/field_tag.h>
 
 #include <omp.h>
 
@@ -28,8 +29,13 @@ namespace core {
 // --- element workspace ---------------------------------------------------------------
 
 element_workspace::element_workspace(const assembly_args& args, std::uint32_t model)
-    : pos(args.pos), U(args.U), dU(args.dU), model_ID(model), params(args.params),
-      matrix_level(args.matrix_level), vector_level(args.vector_level) {
+    : pos(args.pos),
+      U(args.U),
+      dU(args.dU),
+      model_ID(model),
+      params(args.params),
+      matrix_level(args.matrix_level),
+      vector_level(args.vector_level) {
     if (!args.matrix_assembler || args.matrix_assembler->is_null()) matrix_level = 0;
     if (!args.vector_assembler || args.vector_assembler->is_null()) vector_level = 0;
     if (args.stresses) stresses = args.stresses->stress_mgr_for(model);
@@ -136,12 +142,10 @@ bool numerical_model_base::has_matrix(unsigned) const { return true; }
 double numerical_model_base::get_element_value(std::uint32_t) const { return 0.0; }
 void numerical_model_base::add_element_value(std::uint32_t, const assembly_params&, dense1D<double>&) const {}
 
-int numerical_model_base::get_element_basis(const dense2D<double>&, std::uint32_t,
-                                            matrix_fixed<double, 3, 3>&) const {
+int numerical_model_base::get_element_basis(const dense2D<double>&, std::uint32_t, matrix_fixed<double, 3, 3>&) const {
     return fem::error_index;
 }
-int numerical_model_base::get_local_basis(const dense2D<double>&, std::uint32_t,
-                                          matrix_fixed<double, 3, 3>&) const {
+int numerical_model_base::get_local_basis(const dense2D<double>&, std::uint32_t, matrix_fixed<double, 3, 3>&) const {
     return fem::error_index;
 }
 
@@ -245,8 +249,8 @@ namespace {
 
 // The connectivity of m and the range [first, end) of its columns that `element`
 // names (all_elements: every one); -102 past the last element.
-int element_columns(const numerical_model_base& m, std::uint32_t element, dense2D<unsigned int>& c,
-                    std::size_t& first, std::size_t& end) {
+int element_columns(const numerical_model_base& m, std::uint32_t element, dense2D<unsigned int>& c, std::size_t& first,
+                    std::size_t& end) {
     fem::element_type type = fem::FE_none;
     m.get_mesh(c, type);
     first = 0;
@@ -360,15 +364,15 @@ int numerical_model_base::compute_projection(unsigned, unsigned, bool, element_w
 }
 
 int numerical_model_base::assemble_matrix(unsigned matrix_code, assembly_args& args) {
-    return assemble_kind(0, matrix_code, nullptr, 0, 0, args);
+    return assemble_kind(assemble_matrices, matrix_code, nullptr, 0, 0, args);
 }
 
 int numerical_model_base::assemble_load(const elementary_load& record, assembly_args& args) {
-    return assemble_kind(1, 0, &record, 0, 0, args);
+    return assemble_kind(assemble_loads, 0, &record, 0, 0, args);
 }
 
 int numerical_model_base::assemble_projection(unsigned field, unsigned component, assembly_args& args) {
-    return assemble_kind(2, 9, nullptr, field, component, args);
+    return assemble_kind(assemble_projections, fem::matrix_nodal, nullptr, field, component, args);
 }
 
 int numerical_model_base::get_output_shape(unsigned, unsigned& type, unsigned& rows, unsigned& cols) const {
@@ -386,11 +390,11 @@ int numerical_model_base::get_stresses(std::uint32_t, const dense2D<double>&, co
 
 namespace {
 
-// Adds what one element left in its workspace. kind 1 (a load) adds only the vector.
+// Adds what one element left in its workspace. A load adds only the vector.
 int add_element(const numerical_model_base& model, element_workspace& ws, assembly_args& args, int kind) {
     const double f = args.factor;
     int rc = 0;
-    if (kind != 1) {
+    if (kind != assemble_loads) {
         matrix_assembler_base* ma = args.matrix_assembler;
         const bool symmetric = ws.flags[1] != 0;
         if (ma) {
@@ -405,7 +409,7 @@ int add_element(const numerical_model_base& model, element_workspace& ws, assemb
     if (ws.vector.size() > 0 && args.vector_assembler &&
         (rc = args.vector_assembler->add(f, ws.vector, model.ID(), ws.element_ID)))
         return rc;
-    if (kind == 1) return 0;
+    if (kind == assemble_loads) return 0;
     const double energy = f * ws.results[0];
     if (energy != 0.0 && args.element_energies && model.get_context()) {
         const std::uint32_t first = model.get_context()->models()->global_FE_ID(model.ID());
@@ -421,19 +425,20 @@ int add_element(const numerical_model_base& model, element_workspace& ws, assemb
 
 }  // namespace
 
-int numerical_model_base::assemble_kind(int kind, unsigned matrix_code, const elementary_load* record,
-                                     unsigned field, unsigned component, assembly_args& args) {
-    if (kind == 0 && !has_matrix(matrix_code) && matrix_code != fem::matrix_nodal) return 0;
-    if (kind == 1 && !accepts_load(*record)) return 0;
+int numerical_model_base::assemble_kind(int kind, unsigned matrix_code, const elementary_load* record, unsigned field,
+                                        unsigned component, assembly_args& args) {
+    if (kind == assemble_matrices && !has_matrix(matrix_code) && matrix_code != fem::matrix_nodal) return 0;
+    if (kind == assemble_loads && !accepts_load(*record)) return 0;
     const double f = evolution_value(args.params.time);
-    const double scale = kind == 1 ? f * args.params.load_factor * args.factor : args.factor * f;
+    const double scale = kind == assemble_loads ? f * args.params.load_factor * args.factor : args.factor * f;
     if (scale == 0.0) return 0;
 
     // The element range: the list, else all elements, else the one element.
     const dense1D<unsigned int>* list = (args.elements && args.elements->size()) ? args.elements : nullptr;
     std::size_t count = 1;
     std::uint32_t first = args.element;
-    if (list) count = list->size();
+    if (list)
+        count = list->size();
     else if (args.element == all_elements) {
         count = nbr_elements();
         first = 0;
@@ -451,13 +456,15 @@ int numerical_model_base::assemble_kind(int kind, unsigned matrix_code, const el
         ws.reset();
         return guarded([&] {
             switch (kind) {
-                case 0: return compute_matrix(matrix_code, ws);
-                case 1: return compute_load(*record, ws);
+                case assemble_matrices: return compute_matrix(matrix_code, ws);
+                case assemble_loads: return compute_load(*record, ws);
                 default: return compute_projection(field, component, true, ws);
             }
         });
     };
-    auto add = [&](element_workspace& ws) -> int { return guarded([&] { return add_element(*this, ws, args, kind); }); };
+    auto add = [&](element_workspace& ws) -> int {
+        return guarded([&] { return add_element(*this, ws, args, kind); });
+    };
 
     int first_error = 0;
     const int nbr_threads = static_cast<int>(args.params.nbr_threads);
@@ -578,7 +585,7 @@ error_type numerical_model_base::get_element_basis(const dense2D<double>& pos, u
     if (!moved.copy(pos)) return error_memory;
     for (std::size_t node = 0; node < moved.cols(); ++node)
         for (std::size_t c = 0; c < 3 && c < moved.rows(); ++c) {
-            const std::size_t row = node * 9 + c;
+            const std::size_t row = node * fem::DOFs_per_node + c;
             if (row < U.rows()) moved(c, node) += U(row, column);
         }
     return static_cast<error_type>(engine()->get_element_basis(moved, element, R));

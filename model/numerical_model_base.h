@@ -32,6 +32,9 @@ struct FE_ID_pair {
     std::uint32_t FE_ID;
 };
 
+// What the element loop of a model computes for each element.
+enum assembly_kind : int { assemble_matrices = 0, assemble_loads = 1, assemble_projections = 2 };
+
 // Root of the numerical models: meshes, discrete elements and composites. A run knows
 // no element type: it lists DOFs through the get_DOFs slots, has the model add its
 // matrices and vectors through assemblers (assemble_matrix, assemble_load), and hands
@@ -95,21 +98,17 @@ public:
     // slot 14
     virtual double get_element_value(std::uint32_t element) const;
     // slot 15: adds a value of the law for `element` to out[0].
-    virtual void add_element_value(std::uint32_t element, const assembly_params& params,
-                                   dense1D<double>& out) const;
+    virtual void add_element_value(std::uint32_t element, const assembly_params& params, dense1D<double>& out) const;
     // slots 16, 17: element and material bases, one vector per column of R.
     virtual int get_element_basis(const dense2D<double>& pos, std::uint32_t element,
                                   matrix_fixed<double, 3, 3>& R) const;
-    virtual int get_local_basis(const dense2D<double>& pos, std::uint32_t element,
-                                matrix_fixed<double, 3, 3>& R) const;
+    virtual int get_local_basis(const dense2D<double>& pos, std::uint32_t element, matrix_fixed<double, 3, 3>& R) const;
     // slot 18: stores the transformer; composites pass it on.
     virtual void set_transformer(const Ptr<ref_counted>& transformer);
     // slots 19, 20: hard offsets of one element (one column per node) or of all.
-    virtual int set_hard_offsets(const dense2D<double>& pos, std::uint32_t element,
-                                 const dense2D<double>& offsets, bool local,
-                                 const dense1D<unsigned int>& DOFs);
-    virtual int set_hard_offsets(const vector_fixed<double, 3>& offset,
-                                 const dense1D<unsigned int>& DOFs);
+    virtual int set_hard_offsets(const dense2D<double>& pos, std::uint32_t element, const dense2D<double>& offsets,
+                                 bool local, const dense1D<unsigned int>& DOFs);
+    virtual int set_hard_offsets(const vector_fixed<double, 3>& offset, const dense1D<unsigned int>& DOFs);
 
     // slot 21: appends the DOFs of `element` (or of all) that the filter selects to a
     // plain list, in element order. `table` gives the number of real-node DOFs.
@@ -155,8 +154,7 @@ public:
     // slots 35 to 37: one element, workspace.element_ID, into the workspace.
     virtual int compute_matrix(unsigned matrix_code, element_workspace& workspace);
     virtual int compute_load(const fem::elementary_load& record, element_workspace& workspace);
-    virtual int compute_projection(unsigned field, unsigned component, bool recompute,
-                                   element_workspace& workspace);
+    virtual int compute_projection(unsigned field, unsigned component, bool recompute, element_workspace& workspace);
 
     // slots 38 to 40: the assembly loops.
     virtual int assemble_matrix(unsigned matrix_code, assembly_args& args);
@@ -164,12 +162,10 @@ public:
     virtual int assemble_projection(unsigned field, unsigned component, assembly_args& args);
 
     // slot 41: number of components of an output of this model.
-    virtual int get_output_shape(unsigned output_code, unsigned& type, unsigned& rows,
-                                 unsigned& cols) const;
+    virtual int get_output_shape(unsigned output_code, unsigned& type, unsigned& rows, unsigned& cols) const;
     // slot 42: stress tensors of an element.
-    virtual int get_stresses(std::uint32_t element, const dense2D<double>& pos,
-                             const dense1D<double>& U, const vector_fast<unsigned int>* U_IDs,
-                             unsigned basis, dense2D<double>& out) const;
+    virtual int get_stresses(std::uint32_t element, const dense2D<double>& pos, const dense1D<double>& U,
+                             const vector_fast<unsigned int>* U_IDs, unsigned basis, dense2D<double>& out) const;
 
     // Registry side: enters this model with its element count (see the class comment).
     // Returns the ID, 0xFFFFFFFF when it could not be registered.
@@ -178,10 +174,10 @@ public:
     void assign_ID(std::uint32_t ID) { ID_ = ID; }
 
 protected:
-    // The element loop shared by the three assembly slots. kind 0: compute_matrix,
-    // 1: compute_load, 2: compute_projection.
-    int assemble_kind(int kind, unsigned matrix_code, const fem::elementary_load* record,
-                   unsigned field, unsigned component, assembly_args& args);
+    // The element loop shared by the three assembly slots: compute_matrix,
+    // compute_load or compute_projection by kind.
+    int assemble_kind(int kind, unsigned matrix_code, const fem::elementary_load* record, unsigned field,
+                      unsigned component, assembly_args& args);
 
 private:
     context_type* context_;

@@ -1,6 +1,6 @@
 // Composite model: forwards the model contract to its children, in the order of its list.
-#include <orv/fem/error_type.h>
 #include "model/numerical_model_composite.h"
+#include <orv/fem/error_type.h>
 
 #include <new>
 
@@ -100,37 +100,28 @@ void numerical_model_composite::set_transformer(const Ptr<ref_counted>& transfor
     });
 }
 
-int numerical_model_composite::get_DOFs(const DOFs_mgr& table, std::uint32_t element,
-                                        unsigned matrix_code, dense1D<unsigned int>& list,
-                                        const DOF_filter& filter) const {
-    return for_each_child([&](numerical_model_base* c) {
-        return c->get_DOFs(table, element, matrix_code, list, filter);
-    });
+int numerical_model_composite::get_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
+                                        dense1D<unsigned int>& list, const DOF_filter& filter) const {
+    return for_each_child(
+        [&](numerical_model_base* c) { return c->get_DOFs(table, element, matrix_code, list, filter); });
 }
 
-int numerical_model_composite::get_DOFs(const DOFs_mgr& table, std::uint32_t element,
-                                        unsigned matrix_code, vector_fast<unsigned int>& set,
-                                        const DOF_filter& filter) const {
-    return for_each_child([&](numerical_model_base* c) {
-        return c->get_DOFs(table, element, matrix_code, set, filter);
-    });
+int numerical_model_composite::get_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
+                                        vector_fast<unsigned int>& set, const DOF_filter& filter) const {
+    return for_each_child(
+        [&](numerical_model_base* c) { return c->get_DOFs(table, element, matrix_code, set, filter); });
 }
 
-int numerical_model_composite::get_DOFs_graph(const DOFs_mgr& table, std::uint32_t element,
-                                              unsigned matrix_code, dense1D<unsigned int>& offsets,
-                                              dense1D<unsigned int>& ids,
+int numerical_model_composite::get_DOFs_graph(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
+                                              dense1D<unsigned int>& offsets, dense1D<unsigned int>& ids,
                                               const DOF_filter& filter) const {
-    return for_each_child([&](numerical_model_base* c) {
-        return c->get_DOFs_graph(table, element, matrix_code, offsets, ids, filter);
-    });
+    return for_each_child(
+        [&](numerical_model_base* c) { return c->get_DOFs_graph(table, element, matrix_code, offsets, ids, filter); });
 }
 
-int numerical_model_composite::get_FEs_of_DOFs(const DOFs_mgr& table, std::uint32_t element,
-                                               unsigned matrix_code,
-                                               const vector_fast<unsigned int>& rows,
-                                               dense1D<unsigned int>* offsets,
-                                               std::vector<FE_ID_pair>* pairs,
-                                               dense1D<unsigned int>& scratch) const {
+int numerical_model_composite::get_FEs_of_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
+                                               const vector_fast<unsigned int>& rows, dense1D<unsigned int>* offsets,
+                                               std::vector<FE_ID_pair>* pairs, dense1D<unsigned int>& scratch) const {
     return for_each_child([&](numerical_model_base* c) {
         return c->get_FEs_of_DOFs(table, element, matrix_code, rows, offsets, pairs, scratch);
     });
@@ -142,9 +133,7 @@ int numerical_model_composite::get_nodes(std::uint32_t element, vector_fast<unsi
 
 int numerical_model_composite::get_nodes_graph(std::uint32_t element, dense1D<unsigned int>& offsets,
                                                dense1D<unsigned int>& ids) const {
-    return for_each_child([&](numerical_model_base* c) {
-        return c->get_nodes_graph(element, offsets, ids);
-    });
+    return for_each_child([&](numerical_model_base* c) { return c->get_nodes_graph(element, offsets, ids); });
 }
 
 void numerical_model_composite::reset_internal_states() {
@@ -189,12 +178,9 @@ int numerical_model_composite::assemble_load(const elementary_load& record, asse
     });
 }
 
-int numerical_model_composite::assemble_projection(unsigned field, unsigned component,
-                                                   assembly_args& args) {
+int numerical_model_composite::assemble_projection(unsigned field, unsigned component, assembly_args& args) {
     return scaled_children(*this, args, [&] {
-        return for_each_child([&](numerical_model_base* c) {
-            return c->assemble_projection(field, component, args);
-        });
+        return for_each_child([&](numerical_model_base* c) { return c->assemble_projection(field, component, args); });
     });
 }
 

@@ -41,10 +41,10 @@ public:
     double get_element_value(std::uint32_t element) const override;
     void set_transformer(const Ptr<ref_counted>& transformer) override;
 
-    int get_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
-                 dense1D<unsigned int>& list, const DOF_filter& filter) const override;
-    int get_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
-                 vector_fast<unsigned int>& set, const DOF_filter& filter) const override;
+    int get_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code, dense1D<unsigned int>& list,
+                 const DOF_filter& filter) const override;
+    int get_DOFs(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code, vector_fast<unsigned int>& set,
+                 const DOF_filter& filter) const override;
     int get_DOFs_graph(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
                        dense1D<unsigned int>& offsets, dense1D<unsigned int>& ids,
                        const DOF_filter& filter) const override;
@@ -65,8 +65,7 @@ public:
     int assemble_load(const elementary_load& record, assembly_args& args) override;
     int assemble_projection(unsigned field, unsigned component, assembly_args& args) override;
 
-    int get_output_shape(unsigned output_code, unsigned& type, unsigned& rows,
-                         unsigned& cols) const override;
+    int get_output_shape(unsigned output_code, unsigned& type, unsigned& rows, unsigned& cols) const override;
 
 private:
     // Calls f(child) for each present child in list order; stops at the first non-zero

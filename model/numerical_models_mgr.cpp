@@ -1,6 +1,6 @@
 // Registry of the numerical models of a context: IDs, free list and global element numbering.
-#include <orv/fem/error_type.h>
 #include "model/numerical_models_mgr.h"
+#include <orv/fem/error_type.h>
 
 #include <algorithm>
 #include <new>
@@ -21,8 +21,7 @@ Ptr<numerical_model_base> numerical_models_mgr::get_NM_ptr(std::uint32_t ID) con
     return ID < models_.size() ? models_[ID] : null_model_;
 }
 
-std::uint32_t numerical_models_mgr::register_model(numerical_model_base* model,
-                                                   std::uint32_t nbr_elements) {
+std::uint32_t numerical_models_mgr::register_model(numerical_model_base* model, std::uint32_t nbr_elements) {
     if (!model) return no_ID;
     std::lock_guard<std::mutex> guard(lock_);
     try {
@@ -40,8 +39,10 @@ std::uint32_t numerical_models_mgr::register_model(numerical_model_base* model,
         if (ID >= models_.size()) models_.reserve(std::size_t(ID) + 1);
         if (std::size_t(ID) + 2 > FE_offsets_.size()) FE_offsets_.reserve(std::size_t(ID) + 2);
 
-        if (ID == models_.size()) models_.push_back(Ptr<numerical_model_base>(model));
-        else if (ID < models_.size()) models_[ID] = model;
+        if (ID == models_.size())
+            models_.push_back(Ptr<numerical_model_base>(model));
+        else if (ID < models_.size())
+            models_[ID] = model;
         else {
             models_.resize(ID);
             models_.push_back(Ptr<numerical_model_base>(model));
@@ -119,8 +120,7 @@ ORV_FEM_HANDLE_IMPL(numerical_models_mgr, base_class, core::numerical_models_mgr
 
 numerical_models_mgr::numerical_models_mgr() = default;
 
-numerical_models_mgr::numerical_models_mgr(core::numerical_models_mgr* e)
-    : base_class(static_cast<ref_counted*>(e)) {}
+numerical_models_mgr::numerical_models_mgr(core::numerical_models_mgr* e) : base_class(static_cast<ref_counted*>(e)) {}
 
 unsigned numerical_models_mgr::size() const { return engine() ? engine()->size() : 0u; }
 

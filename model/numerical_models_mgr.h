@@ -48,9 +48,7 @@ public:
     // Slots of `models`, holes included.
     std::uint32_t size() const { return static_cast<std::uint32_t>(models_.size()); }
     // The model of that ID, or null.
-    numerical_model_base* get_NM(std::uint32_t ID) const {
-        return ID < models_.size() ? models_[ID].get() : nullptr;
-    }
+    numerical_model_base* get_NM(std::uint32_t ID) const { return ID < models_.size() ? models_[ID].get() : nullptr; }
     // The model of that ID as a counted reference, null past the end or for a hole.
     Ptr<numerical_model_base> get_NM_ptr(std::uint32_t ID) const;
 

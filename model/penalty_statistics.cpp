@@ -20,8 +20,10 @@ penalty_factors context_penalty_factors(const context_type* ctx) {
 
 double penalty_statistics::penalty(unsigned cls, const penalty_factors& factors) const {
     double p = count_[cls] ? std::sqrt(sum_[cls] / double(count_[cls])) * factors.raw : 0.0;
-    if (!(p >= factors.min)) p = factors.min;
-    else if (p > factors.max) p = factors.max;
+    if (!(p >= factors.min))
+        p = factors.min;
+    else if (p > factors.max)
+        p = factors.max;
     return p;
 }
 

@@ -1,6 +1,7 @@
 // Penalty factors measured on the diagonal of the free stiffness matrix.
 #pragma once
 
+#include <orv/fem/field_tag.h>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,7 +32,7 @@ penalty_factors context_penalty_factors(const context_type* ctx);
 class penalty_statistics {
 public:
     void add(std::uint32_t ID, double d) {
-        const unsigned c = ID % 9 < 3 ? 0 : (ID % 9 < 6 ? 1 : 2);
+        const unsigned c = ID % fem::DOFs_per_node < 3 ? 0 : (ID % fem::DOFs_per_node < 6 ? 1 : 2);
         sum_[c] += d * d;
         ++count_[c];
     }
@@ -49,8 +50,7 @@ private:
 };
 
 // Diagonal term of an ID in a sparse target: false when the ID has no row.
-inline bool diagonal_term(const indexed_sym<DOF_index, symmetric_sparse<double>>& K, std::uint32_t ID,
-                          double& d) {
+inline bool diagonal_term(const indexed_sym<DOF_index, symmetric_sparse<double>>& K, std::uint32_t ID, double& d) {
     const std::uint32_t p = K.position(ID);
     if (p == DOF_index::npos || p >= K.matrix().dim()) return false;
     const double* v = K.matrix().find(p, p);
@@ -68,8 +68,7 @@ inline bool is_zero_throughout(const indexed_sym<DOF_index, symmetric_sparse<dou
 }
 
 // The same on a block-skyline target.
-inline bool diagonal_term(const indexed_sym<DOF_index, symmetric_hybrid_OOC<double>>& K, std::uint32_t ID,
-                          double& d) {
+inline bool diagonal_term(const indexed_sym<DOF_index, symmetric_hybrid_OOC<double>>& K, std::uint32_t ID, double& d) {
     const std::uint32_t p = K.position(ID);
     if (p == DOF_index::npos || p >= K.matrix().dimension()) return false;
     d = K.matrix().get_val(p, p);
@@ -95,8 +94,8 @@ inline bool is_zero_throughout(indexed_sym<DOF_index, symmetric_hybrid_OOC<doubl
 // elements) that have a row in Kf, sets the penalties of `params`. A DOF listed twice
 // counts twice.
 template <class Kf>
-void compute_penalties(const Kf& K, const std::uint32_t* candidates, std::size_t n,
-                       const penalty_factors& factors, assembly_params& params) {
+void compute_penalties(const Kf& K, const std::uint32_t* candidates, std::size_t n, const penalty_factors& factors,
+                       assembly_params& params) {
     penalty_statistics stats;
     for (std::size_t k = 0; k < n; ++k) {
         double d = 0.0;

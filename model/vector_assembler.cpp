@@ -1,6 +1,6 @@
 // Vector assemblers that are not templates, and the table of Lagrange states.
-#include <orv/fem/error_type.h>
 #include "model/vector_assembler.h"
+#include <orv/fem/error_type.h>
 
 #include <new>
 

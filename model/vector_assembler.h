@@ -24,8 +24,7 @@ public:
     // dropped, and a zero product does nothing.
     virtual void add_DOF(std::uint32_t ID, double value) = 0;
     // The vector of element FE_ID of model NM_ID. Returns 0 or a memory error.
-    virtual int add(double factor, const DOF_vector& element_vector, std::uint32_t NM_ID,
-                    std::uint32_t FE_ID) = 0;
+    virtual int add(double factor, const DOF_vector& element_vector, std::uint32_t NM_ID, std::uint32_t FE_ID) = 0;
     // The same, without any record of the model.
     virtual int add_plain(double factor, const DOF_vector& element_vector) = 0;
 };
@@ -46,9 +45,7 @@ public:
 
     vector_assembler(target_type& target, T multiplier) : target_(&target), multiplier_(multiplier) {}
 
-    bool is_null() const override {
-        return multiplier_ == T(0.0) || !target_->get_IDs() || target_->size() == 0;
-    }
+    bool is_null() const override { return multiplier_ == T(0.0) || !target_->get_IDs() || target_->size() == 0; }
     T multiplier() const { return multiplier_; }
 
     void add_DOF(std::uint32_t ID, double value) override {
@@ -56,9 +53,7 @@ public:
         if (p == T(0.0)) return;
         if (T* e = target_->find(ID)) *e += p;
     }
-    int add(double factor, const DOF_vector& v, std::uint32_t, std::uint32_t) override {
-        return add_plain(factor, v);
-    }
+    int add(double factor, const DOF_vector& v, std::uint32_t, std::uint32_t) override { return add_plain(factor, v); }
     int add_plain(double factor, const DOF_vector& v) override {
         const T f = factor * multiplier_;
         if (f == T(0.0) || !v.get_IDs() || v.size() == 0 || !target_->get_IDs()) return 0;

@@ -135,9 +135,7 @@ public:
     /// True for size 0.
     bool empty() const noexcept { return size_ == 0; }
     /// Room from the view's start to the end of the storage.
-    std::size_t capacity() const noexcept {
-        return storage_ ? storage_->capacity() - offset_ : 0;
-    }
+    std::size_t capacity() const noexcept { return storage_ ? storage_->capacity() - offset_ : 0; }
     /// Position of the view's first element in its storage.
     std::size_t offset() const noexcept { return offset_; }
     /// The shared storage (null before the first growth).

@@ -49,16 +49,24 @@ public:
     /// A null pointer.
     Ptr() noexcept = default;
     /// Adopts p (one reference taken); null gives a null pointer.
-    Ptr(T* p) noexcept : p_(p) { if (p_) p_->add_ref(); }
+    Ptr(T* p) noexcept : p_(p) {
+        if (p_) p_->add_ref();
+    }
     /// Shares o's object.
-    Ptr(const Ptr& o) noexcept : p_(o.p_) { if (p_) p_->add_ref(); }
+    Ptr(const Ptr& o) noexcept : p_(o.p_) {
+        if (p_) p_->add_ref();
+    }
     /// Takes o's reference; o becomes null.
     Ptr(Ptr&& o) noexcept : p_(o.p_) { o.p_ = nullptr; }
     template <class U>
     /// Shares o's object, converted to T*.
-    Ptr(const Ptr<U>& o) noexcept : p_(o.get()) { if (p_) p_->add_ref(); }
+    Ptr(const Ptr<U>& o) noexcept : p_(o.get()) {
+        if (p_) p_->add_ref();
+    }
     /// Drops the reference.
-    ~Ptr() { if (p_) p_->release(); }
+    ~Ptr() {
+        if (p_) p_->release();
+    }
 
     /// Adopts p, then drops the old object.
     Ptr& operator=(T* p) noexcept {
@@ -72,7 +80,12 @@ public:
     Ptr& operator=(const Ptr& o) noexcept { return *this = o.p_; }
     /// Takes o's reference (o becomes null), then drops the old object.
     Ptr& operator=(Ptr&& o) noexcept {
-        if (this != &o) { T* old = p_; p_ = o.p_; o.p_ = nullptr; if (old) old->release(); }
+        if (this != &o) {
+            T* old = p_;
+            p_ = o.p_;
+            o.p_ = nullptr;
+            if (old) old->release();
+        }
         return *this;
     }
 
@@ -93,9 +106,13 @@ private:
 
 template <class T, class U>
 /// True when both point at the same object.
-bool operator==(const Ptr<T>& a, const Ptr<U>& b) noexcept { return a.get() == b.get(); }
+bool operator==(const Ptr<T>& a, const Ptr<U>& b) noexcept {
+    return a.get() == b.get();
+}
 template <class T, class U>
 /// True when they point at different objects.
-bool operator!=(const Ptr<T>& a, const Ptr<U>& b) noexcept { return a.get() != b.get(); }
+bool operator!=(const Ptr<T>& a, const Ptr<U>& b) noexcept {
+    return a.get() != b.get();
+}
 
 }  // namespace orv

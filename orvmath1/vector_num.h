@@ -1,9 +1,9 @@
 // Shared, aligned, growable storage under every numeric view of the library.
 #pragma once
 
+#include <complex>
 #include <cstddef>
 #include <cstdint>
-#include <complex>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -62,7 +62,8 @@ public:
 
     /// Alignment unit of the first element.
     static constexpr std::size_t align_unit() noexcept {
-        return sizeof(T) <= 256 ? sizeof(T) : ((sizeof(T) & (~sizeof(T) + 1)) < 256 ? (sizeof(T) & (~sizeof(T) + 1)) : 256);
+        return sizeof(T) <= 256 ? sizeof(T)
+                                : ((sizeof(T) & (~sizeof(T) + 1)) < 256 ? (sizeof(T) & (~sizeof(T) + 1)) : 256);
     }
 
     /// Replaces the block by one of capacity max(max(capacity * factor, 2), needed).

@@ -1,4 +1,5 @@
 // Nodal text files: header "dim values nodes 2", one line of "%E " values per node.
+#include <orv/fem/field_tag.h>
 #include <orv/fem/medit_nodal.h>
 
 #include <algorithm>
@@ -24,8 +25,8 @@ error_type to_path(const char* path, Write write) {
 
 }  // namespace
 
-error_type medit_nodal(std::FILE* file, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col,
-                       field_tag tag, unsigned max_values, unsigned nbr_nodes) {
+error_type medit_nodal(std::FILE* file, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col, field_tag tag,
+                       unsigned max_values, unsigned nbr_nodes) {
     if (!file) return error_file;
     if (col >= U.cols()) return error_data;
     unsigned first = 0, end = 0;  // DOF positions of the field
@@ -37,7 +38,7 @@ error_type medit_nodal(std::FILE* file, unsigned dim, const FEM_matrix& U, FEM_m
     for (std::uint64_t node = 0; node < nbr_nodes; ++node) {
         for (unsigned p = first; p < first + count; ++p) {
             double v = 0.0;
-            U.get_val(node * 9 + p, col, v);  // a DOF without a row stays 0
+            U.get_val(node * fem::DOFs_per_node + p, col, v);  // a DOF without a row stays 0
             std::fprintf(file, "%E ", v);
         }
         std::fputc('\n', file);
@@ -45,8 +46,8 @@ error_type medit_nodal(std::FILE* file, unsigned dim, const FEM_matrix& U, FEM_m
     return no_error;
 }
 
-error_type medit_nodal(const char* path, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col,
-                       field_tag tag, unsigned max_values, unsigned nbr_nodes) {
+error_type medit_nodal(const char* path, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col, field_tag tag,
+                       unsigned max_values, unsigned nbr_nodes) {
     if (path && col >= U.cols()) return error_data;
     return to_path(path, [&](std::FILE* f) { return medit_nodal(f, dim, U, col, tag, max_values, nbr_nodes); });
 }
@@ -58,8 +59,7 @@ error_type medit_nodal(std::FILE* file, unsigned dim, const FEM_matrix& values, 
     if (first + values_per_node > values.cols()) return error_data;
     const dense1D<unsigned int> IDs = values.get_IDs();
     const std::uint64_t rows = values.rows();
-    std::fprintf(file, "%u %u %llu %d\n", dim, values_per_node, static_cast<unsigned long long>(rows),
-                 header_constant);
+    std::fprintf(file, "%u %u %llu %d\n", dim, values_per_node, static_cast<unsigned long long>(rows), header_constant);
     dense1D<double> row;
     for (std::uint64_t r = 0; r < rows; ++r) {
         if (values.get_row(IDs[r], row, first, values_per_node)) row.clear();

@@ -1,4 +1,5 @@
 // Von Mises and Tresca measures, invariants, element stresses and unit products.
+#include <orv/fem/field_tag.h>
 #include <orv/fem/stress_measures.h>
 
 #include <cmath>
@@ -67,7 +68,7 @@ double unit_product_of(const Values& values, const dense1D<unsigned int>& IDs, u
     const std::size_t n = std::min(length(values), IDs.size());
     double sum = 0.0;
     for (std::size_t k = 0; k < n; ++k)
-        if (IDs[k] % 9 == position) sum += diagonal_value(values, k);
+        if (IDs[k] % fem::DOFs_per_node == position) sum += diagonal_value(values, k);
     return sum;
 }
 
@@ -127,8 +128,7 @@ error_type stress_invariants(const dense2D<double>& stresses, dense2D<double>& I
 }
 
 error_type Cauchy_stresses(const context& ctx, std::uint32_t model_ID, std::uint32_t element,
-                           const dense2D<double>& pos, const FEM_matrix& U, unsigned basis,
-                           dense2D<double>& out) {
+                           const dense2D<double>& pos, const FEM_matrix& U, unsigned basis, dense2D<double>& out) {
     out.clear();
     const core::context_type* c = ctx.engine();
     const core::numerical_models_mgr* models = c ? c->models() : nullptr;

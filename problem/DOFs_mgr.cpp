@@ -1,6 +1,6 @@
 // Table of the degrees of freedom, engine and public handle.
-#include <orv/fem/error_type.h>
 #include "problem/DOFs_mgr.h"
+#include <orv/fem/error_type.h>
 
 #include <orv/fem/DOFs_mgr.h>
 
@@ -16,9 +16,9 @@ constexpr int index_error = fem::error_data;
 // First position of a field in a node's block; -1 for a tag outside the three fields.
 int field_offset(fem::field_tag tag) {
     switch (tag) {
-    case fem::field_displacement: return 0;
-    case fem::field_rotation: return 3;
-    case fem::field_temperature: return 6;
+        case fem::field_displacement: return 0;
+        case fem::field_rotation: return 3;
+        case fem::field_temperature: return 6;
     }
     return -1;
 }
@@ -68,8 +68,8 @@ int DOFs_mgr::get(std::uint64_t ID, bool& state) const {
     return 0;
 }
 
-void DOFs_mgr::get_info(std::uint64_t ID, std::uint32_t& node, fem::field_tag& tag,
-                        unsigned& comp, bool to_master) const {
+void DOFs_mgr::get_info(std::uint64_t ID, std::uint32_t& node, fem::field_tag& tag, unsigned& comp,
+                        bool to_master) const {
     const std::uint64_t n = ID / stride;
     node = static_cast<std::uint32_t>(n);
     if (to_master) {
@@ -99,10 +99,8 @@ int DOFs_mgr::set(std::uint64_t node, fem::field_tag tag, bool state) {
     return 0;
 }
 
-int DOFs_mgr::set(std::uint64_t node, fem::field_tag tag, unsigned comp1, unsigned comp2,
-                  bool state) {
-    if (comp1 > 2 || comp2 > 2 || field_offset(tag) < 0 || node >= nbr_nodes())
-        return index_error;
+int DOFs_mgr::set(std::uint64_t node, fem::field_tag tag, unsigned comp1, unsigned comp2, bool state) {
+    if (comp1 > 2 || comp2 > 2 || field_offset(tag) < 0 || node >= nbr_nodes()) return index_error;
     put(ID(node, tag, comp1), state);
     put(ID(node, tag, comp2), state);
     return 0;
@@ -138,17 +136,14 @@ void DOFs_mgr::resize(unsigned nbr_nodes, bool state) {
     // A table that cannot grow stays as it was.
     try {
         engine()->resize(nbr_nodes, state);
-    } catch (...) {
-    }
+    } catch (...) {}
 }
 
 void DOFs_mgr::clear() { engine()->clear(); }
 
 unsigned DOFs_mgr::nbr_nodes() const { return engine()->nbr_nodes(); }
 unsigned DOFs_mgr::nbr_fictitious_nodes() const { return engine()->nbr_fictitious_nodes(); }
-unsigned long long DOFs_mgr::nbr_fictitious_DOFs() const {
-    return engine()->nbr_fictitious_DOFs();
-}
+unsigned long long DOFs_mgr::nbr_fictitious_DOFs() const { return engine()->nbr_fictitious_DOFs(); }
 unsigned long long DOFs_mgr::size() const { return engine()->size(); }
 unsigned long long DOFs_mgr::nbr_DOFs(bool state) const { return engine()->nbr_DOFs(state); }
 
@@ -164,12 +159,10 @@ error_type DOFs_mgr::copy_IDs(std::vector<unsigned>& ids, bool state) const {
 error_type DOFs_mgr::get(unsigned long long ID, bool& state) const {
     return static_cast<error_type>(engine()->get(ID, state));
 }
-error_type DOFs_mgr::get(unsigned long long node, field_tag tag, unsigned comp,
-                         bool& state) const {
+error_type DOFs_mgr::get(unsigned long long node, field_tag tag, unsigned comp, bool& state) const {
     return static_cast<error_type>(engine()->get(node, tag, comp, state));
 }
-void DOFs_mgr::get_info(unsigned long long ID, unsigned& node, field_tag& tag, unsigned& comp,
-                        bool to_master) const {
+void DOFs_mgr::get_info(unsigned long long ID, unsigned& node, field_tag& tag, unsigned& comp, bool to_master) const {
     std::uint32_t n = 0;
     engine()->get_info(ID, n, tag, comp, to_master);
     node = n;
@@ -184,14 +177,11 @@ error_type DOFs_mgr::set(unsigned long long node, field_tag tag, unsigned comp, 
 error_type DOFs_mgr::set(unsigned long long node, field_tag tag, bool state) {
     return static_cast<error_type>(engine()->set(node, tag, state));
 }
-error_type DOFs_mgr::set(unsigned long long node, field_tag tag, unsigned comp1, unsigned comp2,
-                         bool state) {
+error_type DOFs_mgr::set(unsigned long long node, field_tag tag, unsigned comp1, unsigned comp2, bool state) {
     return static_cast<error_type>(engine()->set(node, tag, comp1, comp2, state));
 }
 
-unsigned DOFs_mgr::add_fictitious_node(unsigned master) {
-    return engine()->add_fictitious_node(master);
-}
+unsigned DOFs_mgr::add_fictitious_node(unsigned master) { return engine()->add_fictitious_node(master); }
 
 }  // namespace fem
 }  // namespace orv

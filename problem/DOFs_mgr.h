@@ -36,9 +36,7 @@ public:
     void clear();
 
     std::uint32_t nbr_nodes() const { return static_cast<std::uint32_t>(nbr_bits_ / stride); }
-    std::uint32_t nbr_fictitious_nodes() const {
-        return static_cast<std::uint32_t>(masters_.size());
-    }
+    std::uint32_t nbr_fictitious_nodes() const { return static_cast<std::uint32_t>(masters_.size()); }
     std::uint64_t nbr_fictitious_DOFs() const { return std::uint64_t(stride) * masters_.size(); }
     // Every ID in use, real and fictitious.
     std::uint64_t size() const { return nbr_bits_ + nbr_fictitious_DOFs(); }
@@ -53,8 +51,7 @@ public:
     }
     // node = ID / 9 (its master when to_master and the node is fictitious); tag from
     // ID % 9; comp = ID % 3.
-    void get_info(std::uint64_t ID, std::uint32_t& node, fem::field_tag& tag, unsigned& comp,
-                  bool to_master) const;
+    void get_info(std::uint64_t ID, std::uint32_t& node, fem::field_tag& tag, unsigned& comp, bool to_master) const;
 
     int set(std::uint64_t ID, bool state);
     int set(std::uint64_t node, fem::field_tag tag, unsigned comp, bool state);
@@ -75,8 +72,10 @@ private:
     bool bit(std::uint64_t i) const { return (bits_[i >> 5] >> (i & 31)) & 1u; }
     void put(std::uint64_t i, bool state) {
         const std::uint32_t m = 1u << (i & 31);
-        if (state) bits_[i >> 5] |= m;
-        else bits_[i >> 5] &= ~m;
+        if (state)
+            bits_[i >> 5] |= m;
+        else
+            bits_[i >> 5] &= ~m;
     }
 
     std::vector<std::uint32_t> bits_;  // packed, bit ID of word ID / 32

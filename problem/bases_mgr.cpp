@@ -170,9 +170,7 @@ std::uint32_t bases_mgr::append(basis_base* b) {
     return static_cast<std::uint32_t>(bases_.size() - 1);
 }
 
-std::uint32_t bases_mgr::create_cartesian(const mat3& R) {
-    return append(new (std::nothrow) cartesian_basis(R));
-}
+std::uint32_t bases_mgr::create_cartesian(const mat3& R) { return append(new (std::nothrow) cartesian_basis(R)); }
 
 std::uint32_t bases_mgr::create_cylindrical(const vec3& origin, const vec3& axis) {
     return append(new (std::nothrow) cylindrical_basis(origin, axis));
@@ -205,14 +203,12 @@ unsigned bases_mgr::create_cartesian(const matrix_fixed<double, 3, 3>& R) {
     return e ? e->create_cartesian(R) : core::bases_mgr::no_basis;
 }
 
-unsigned bases_mgr::create_cylindrical(const vector_fixed<double, 3>& origin,
-                                       const vector_fixed<double, 3>& axis) {
+unsigned bases_mgr::create_cylindrical(const vector_fixed<double, 3>& origin, const vector_fixed<double, 3>& axis) {
     core::bases_mgr* e = engine();
     return e ? e->create_cylindrical(origin, axis) : core::bases_mgr::no_basis;
 }
 
-unsigned bases_mgr::create_spherical(const vector_fixed<double, 3>& origin,
-                                     const vector_fixed<double, 3>& axis) {
+unsigned bases_mgr::create_spherical(const vector_fixed<double, 3>& origin, const vector_fixed<double, 3>& axis) {
     core::bases_mgr* e = engine();
     return e ? e->create_spherical(origin, axis) : core::bases_mgr::no_basis;
 }
@@ -227,9 +223,7 @@ void bases_mgr::clear() {
 }
 
 namespace {
-const core::basis_base* find_basis(const core::bases_mgr* e, unsigned ID) {
-    return e ? e->get(ID) : nullptr;
-}
+const core::basis_base* find_basis(const core::bases_mgr* e, unsigned ID) { return e ? e->get(ID) : nullptr; }
 }  // namespace
 
 error_type bases_mgr::get_basis(unsigned ID, const vector_fixed<double, 3>& point,
@@ -243,24 +237,21 @@ error_type bases_mgr::get_basis(unsigned ID, const vector_fixed<double, 3>& poin
     return no_error;
 }
 
-error_type bases_mgr::to_local(unsigned ID, const vector_fixed<double, 3>& point,
-                               vector_fixed<double, 3>& v) const {
+error_type bases_mgr::to_local(unsigned ID, const vector_fixed<double, 3>& point, vector_fixed<double, 3>& v) const {
     const core::basis_base* b = find_basis(engine(), ID);
     if (!b) return error_data;
     b->to_local(point, v);
     return no_error;
 }
 
-error_type bases_mgr::to_local(unsigned ID, const vector_fixed<double, 3>& point,
-                               symmetric_fixed<double, 3>& S) const {
+error_type bases_mgr::to_local(unsigned ID, const vector_fixed<double, 3>& point, symmetric_fixed<double, 3>& S) const {
     const core::basis_base* b = find_basis(engine(), ID);
     if (!b) return error_data;
     b->to_local(point, S);
     return no_error;
 }
 
-error_type bases_mgr::from_local(unsigned ID, const vector_fixed<double, 3>& point,
-                                 vector_fixed<double, 3>& v) const {
+error_type bases_mgr::from_local(unsigned ID, const vector_fixed<double, 3>& point, vector_fixed<double, 3>& v) const {
     const core::basis_base* b = find_basis(engine(), ID);
     if (!b) return error_data;
     b->from_local(point, v);

@@ -13,7 +13,6 @@
 namespace orv {
 namespace core {
 
-
 // Three orthonormal directions at any point. Only get_basis differs between the
 // kinds; the transformations are written once on top of it. All operations read
 // the basis and write only to their arguments, so that threads share a basis freely.
@@ -97,9 +96,7 @@ public:
     std::size_t size() const { return bases_.size(); }
     void clear() { bases_.clear(); }
     // The basis of an ID, or null.
-    const basis_base* get(std::uint32_t ID) const {
-        return ID < bases_.size() ? bases_[ID].get() : nullptr;
-    }
+    const basis_base* get(std::uint32_t ID) const { return ID < bases_.size() ? bases_[ID].get() : nullptr; }
 
 private:
     std::uint32_t append(basis_base* b);

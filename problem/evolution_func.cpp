@@ -35,9 +35,7 @@ double evolution_func_sinus::val(double t) const { return std::sin(omega_ * t + 
 evolution_func_triangle::evolution_func_triangle(double t0, double width)
     : t0_(t0), slope_(width > 0.0 ? -2.0 / width : -std::numeric_limits<double>::max()) {}
 
-double evolution_func_triangle::val(double t) const {
-    return std::max(0.0, 1.0 + slope_ * std::fabs(t - t0_));
-}
+double evolution_func_triangle::val(double t) const { return std::max(0.0, 1.0 + slope_ * std::fabs(t - t0_)); }
 
 evolution_func_trapeze::evolution_func_trapeze(double t1, double t2, double v1, double v2)
     : t1_(t1), t2_(t2), a_(0.0), b_(0.0) {
@@ -67,8 +65,7 @@ double evolution_func_discret::val(double t) const {
 double evolution_func_sum::val(double t) const {
     const std::size_t n = std::min(terms_.size(), coefficients_.size());
     double s = 0.0;
-    for (std::size_t i = 0; i < n; ++i)
-        s += coefficients_[i] * (terms_[i] ? terms_[i]->val(t) : 1.0);
+    for (std::size_t i = 0; i < n; ++i) s += coefficients_[i] * (terms_[i] ? terms_[i]->val(t) : 1.0);
     return s;
 }
 

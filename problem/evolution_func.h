@@ -91,8 +91,7 @@ private:
 // sum of coefficients[i] * terms[i](t). A null term counts as 1.0; no term gives 0.0.
 class evolution_func_sum : public evolution_func_base {
 public:
-    evolution_func_sum(std::vector<Ptr<evolution_func_base>> terms,
-                       std::vector<double> coefficients)
+    evolution_func_sum(std::vector<Ptr<evolution_func_base>> terms, std::vector<double> coefficients)
         : terms_(std::move(terms)), coefficients_(std::move(coefficients)) {}
     double val(double t) const override;
 
@@ -104,8 +103,7 @@ private:
 // product of factors[i](t). A null factor counts as 1.0; no factor gives 0.0.
 class evolution_func_mult : public evolution_func_base {
 public:
-    explicit evolution_func_mult(std::vector<Ptr<evolution_func_base>> factors)
-        : factors_(std::move(factors)) {}
+    explicit evolution_func_mult(std::vector<Ptr<evolution_func_base>> factors) : factors_(std::move(factors)) {}
     double val(double t) const override;
 
 private:

@@ -38,21 +38,16 @@ unsigned evolution_funcs_mgr::append(evolution_func_base* f) {
     return static_cast<unsigned>(funcs_.size() - 1);
 }
 
-std::vector<Ptr<evolution_func_base>> evolution_funcs_mgr::collect(const unsigned* IDs,
-                                                                   std::size_t n) const {
+std::vector<Ptr<evolution_func_base>> evolution_funcs_mgr::collect(const unsigned* IDs, std::size_t n) const {
     std::vector<Ptr<evolution_func_base>> terms;
     terms.reserve(n);
     for (std::size_t i = 0; i < n; ++i) terms.push_back(get(IDs[i]));
     return terms;
 }
 
-unsigned evolution_funcs_mgr::create_cste(double c) {
-    return append(make_func<evolution_func_constant>(c));
-}
+unsigned evolution_funcs_mgr::create_cste(double c) { return append(make_func<evolution_func_constant>(c)); }
 
-unsigned evolution_funcs_mgr::create_linear(double a) {
-    return append(make_func<evolution_func_linear>(a));
-}
+unsigned evolution_funcs_mgr::create_linear(double a) { return append(make_func<evolution_func_linear>(a)); }
 
 unsigned evolution_funcs_mgr::create_sinus(double omega, double phi) {
     return append(make_func<evolution_func_sinus>(omega, phi));
@@ -66,8 +61,8 @@ unsigned evolution_funcs_mgr::create_trapeze(double t1, double t2, double v1, do
     return append(make_func<evolution_func_trapeze>(t1, t2, v1, v2));
 }
 
-unsigned evolution_funcs_mgr::create_discret(const double* times, std::size_t nbr_times,
-                                             const double* values, std::size_t nbr_values) {
+unsigned evolution_funcs_mgr::create_discret(const double* times, std::size_t nbr_times, const double* values,
+                                             std::size_t nbr_values) {
     if ((!times && nbr_times) || (!values && nbr_values)) return no_function;
     try {
         std::vector<double> t(times, times + nbr_times);
@@ -78,8 +73,8 @@ unsigned evolution_funcs_mgr::create_discret(const double* times, std::size_t nb
     }
 }
 
-unsigned evolution_funcs_mgr::create_sum(const unsigned* IDs, std::size_t nbr_IDs,
-                                         const double* coefficients, std::size_t nbr_coefficients) {
+unsigned evolution_funcs_mgr::create_sum(const unsigned* IDs, std::size_t nbr_IDs, const double* coefficients,
+                                         std::size_t nbr_coefficients) {
     if (nbr_IDs != nbr_coefficients) return no_function;
     if ((!IDs || !coefficients) && nbr_IDs) return no_function;
     try {
@@ -153,15 +148,13 @@ unsigned evolution_funcs_mgr::create_trapeze(double t1, double t2, double v1, do
     return e ? e->create_trapeze(t1, t2, v1, v2) : core::evolution_funcs_mgr::no_function;
 }
 
-unsigned evolution_funcs_mgr::create_discret(const dense1D<double>& times,
-                                             const dense1D<double>& values) {
+unsigned evolution_funcs_mgr::create_discret(const dense1D<double>& times, const dense1D<double>& values) {
     core::evolution_funcs_mgr* e = engine();
     if (!e) return core::evolution_funcs_mgr::no_function;
     return e->create_discret(times.data(), times.size(), values.data(), values.size());
 }
 
-unsigned evolution_funcs_mgr::create_sum(const dense1D<unsigned>& IDs,
-                                         const dense1D<double>& coefficients) {
+unsigned evolution_funcs_mgr::create_sum(const dense1D<unsigned>& IDs, const dense1D<double>& coefficients) {
     core::evolution_funcs_mgr* e = engine();
     if (!e) return core::evolution_funcs_mgr::no_function;
     return e->create_sum(IDs.data(), IDs.size(), coefficients.data(), coefficients.size());

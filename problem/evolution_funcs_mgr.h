@@ -30,8 +30,7 @@ public:
     unsigned create_triangle(double t0, double width);
     unsigned create_trapeze(double t1, double t2, double v1, double v2);
     // Copies both lists. Null pointers are allowed with a count of 0.
-    unsigned create_discret(const double* times, std::size_t nbr_times, const double* values,
-                            std::size_t nbr_values);
+    unsigned create_discret(const double* times, std::size_t nbr_times, const double* values, std::size_t nbr_values);
     // Takes a shared reference to each term now, so that a later clear() leaves the
     // sum intact. An ID that names no function gives a term of 1.0. Lists of
     // different lengths make no function and give no_function.
@@ -41,9 +40,7 @@ public:
     unsigned create_mult(const unsigned* IDs, std::size_t nbr_IDs);
 
     // Value of function ID at t; 1.0 when the ID names no function.
-    double val(unsigned ID, double t) const {
-        return ID < funcs_.size() ? funcs_[ID]->val(t) : 1.0;
-    }
+    double val(unsigned ID, double t) const { return ID < funcs_.size() ? funcs_[ID]->val(t) : 1.0; }
     // The function of that ID, or null.
     Ptr<evolution_func_base> get(unsigned ID) const {
         return ID < funcs_.size() ? funcs_[ID] : Ptr<evolution_func_base>();

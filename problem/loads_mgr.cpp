@@ -1,7 +1,7 @@
 // Loads of one load case: records, combinations, assembly, prescribed values; engine
 // and public handle.
-#include <orv/fem/error_type.h>
 #include "problem/loads_mgr.h"
+#include <orv/fem/error_type.h>
 
 #include <algorithm>
 #include <new>
@@ -66,35 +66,32 @@ int loads_mgr::record_DOF_load(std::uint32_t ID, double value, std::uint32_t evo
     return ok;
 }
 
-int loads_mgr::record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
-                                std::size_t nbr_values, std::uint32_t evol) {
+int loads_mgr::record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values, std::size_t nbr_values,
+                                std::uint32_t evol) {
     if (nbr_IDs != nbr_values) return error_data;
     for (std::size_t i = 0; i < nbr_IDs; ++i)
         if (const int code = record_DOF_load(IDs[i], values[i], evol)) return code;
     return ok;
 }
 
-int loads_mgr::record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
-                                std::size_t nbr_values, const unsigned* evols,
-                                std::size_t nbr_evols) {
+int loads_mgr::record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values, std::size_t nbr_values,
+                                const unsigned* evols, std::size_t nbr_evols) {
     if (nbr_IDs != nbr_values || nbr_IDs != nbr_evols) return error_data;
     for (std::size_t i = 0; i < nbr_IDs; ++i)
         if (const int code = record_DOF_load(IDs[i], values[i], evols[i])) return code;
     return ok;
 }
 
-int loads_mgr::record_nodal_load(std::uint64_t node, fem::field_tag tag, unsigned comp,
-                                 double value, std::uint32_t evol) {
+int loads_mgr::record_nodal_load(std::uint64_t node, fem::field_tag tag, unsigned comp, double value,
+                                 std::uint32_t evol) {
     const std::uint64_t ID = DOFs_mgr::ID(node, tag, comp);
     if (ID > 0xFFFFFFFFu) return error_data;
     return record_DOF_load(static_cast<std::uint32_t>(ID), value, evol);
 }
 
-int loads_mgr::record_nodal_load(std::uint64_t node, const double F[3], const double M[3],
-                                 std::uint32_t evol) {
+int loads_mgr::record_nodal_load(std::uint64_t node, const double F[3], const double M[3], std::uint32_t evol) {
     // A node past the last one that can have DOFs gives the base ID 0.
-    const std::uint32_t base =
-        node < DOFs_mgr::max_nodes ? static_cast<std::uint32_t>(node * DOFs_mgr::stride) : 0u;
+    const std::uint32_t base = node < DOFs_mgr::max_nodes ? static_cast<std::uint32_t>(node * DOFs_mgr::stride) : 0u;
     for (unsigned c = 0; c < 3; ++c)
         if (const int code = record_DOF_load(base + c, F[c], evol)) return code;
     for (unsigned c = 0; c < 3; ++c)
@@ -113,34 +110,31 @@ int loads_mgr::record_DOF_prescribed_value(std::uint32_t ID, double value, std::
     return ok;
 }
 
-int loads_mgr::record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs,
-                                            const double* values, std::size_t nbr_values,
-                                            std::uint32_t evol) {
+int loads_mgr::record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
+                                            std::size_t nbr_values, std::uint32_t evol) {
     if (nbr_IDs != nbr_values) return error_data;
     for (std::size_t i = 0; i < nbr_IDs; ++i)
         if (const int code = record_DOF_prescribed_value(IDs[i], values[i], evol)) return code;
     return ok;
 }
 
-int loads_mgr::record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs,
-                                            const double* values, std::size_t nbr_values,
-                                            const unsigned* evols, std::size_t nbr_evols) {
+int loads_mgr::record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
+                                            std::size_t nbr_values, const unsigned* evols, std::size_t nbr_evols) {
     if (nbr_IDs != nbr_values || nbr_IDs != nbr_evols) return error_data;
     for (std::size_t i = 0; i < nbr_IDs; ++i)
-        if (const int code = record_DOF_prescribed_value(IDs[i], values[i], evols[i]))
-            return code;
+        if (const int code = record_DOF_prescribed_value(IDs[i], values[i], evols[i])) return code;
     return ok;
 }
 
-int loads_mgr::record_nodal_prescribed_value(std::uint64_t node, fem::field_tag tag,
-                                             unsigned comp, double value, std::uint32_t evol) {
+int loads_mgr::record_nodal_prescribed_value(std::uint64_t node, fem::field_tag tag, unsigned comp, double value,
+                                             std::uint32_t evol) {
     const std::uint64_t ID = DOFs_mgr::ID(node, tag, comp);
     if (ID > 0xFFFFFFFFu) return error_data;
     return record_DOF_prescribed_value(static_cast<std::uint32_t>(ID), value, evol);
 }
 
-int loads_mgr::record_nodal_prescribed_values(std::uint64_t node, const double U[3],
-                                              const double R[3], std::uint32_t evol) {
+int loads_mgr::record_nodal_prescribed_values(std::uint64_t node, const double U[3], const double R[3],
+                                              std::uint32_t evol) {
     if (node >= DOFs_mgr::max_nodes) return error_data;
     const std::uint32_t base = static_cast<std::uint32_t>(node * DOFs_mgr::stride);
     try {
@@ -155,8 +149,7 @@ int loads_mgr::record_nodal_prescribed_values(std::uint64_t node, const double U
 
 // --- Elementary loads ----------------------------------------------------------------
 
-void loads_mgr::record_simple(std::uint32_t NM_ID, std::uint32_t FE_ID,
-                              const elementary_load& load) {
+void loads_mgr::record_simple(std::uint32_t NM_ID, std::uint32_t FE_ID, const elementary_load& load) {
     // A repeated load on a series of elements shares its record: only the last three
     // records are searched, which is where such a series puts them.
     std::size_t pos = NM_loads_.size();
@@ -197,8 +190,7 @@ void loads_mgr::record_simple(std::uint32_t NM_ID, std::uint32_t FE_ID,
     }
 }
 
-int loads_mgr::record_NM_load_checked(std::uint32_t NM_ID, std::uint32_t FE_ID,
-                                      const elementary_load& load) {
+int loads_mgr::record_NM_load_checked(std::uint32_t NM_ID, std::uint32_t FE_ID, const elementary_load& load) {
     if (NM_ID > 0xFFFFFFFEu || FE_ID > 0xFFFFFFFEu || load.is_zero()) return ok;
     try {
         const numerical_models_mgr* models = context_ ? context_->models() : nullptr;
@@ -218,8 +210,8 @@ int loads_mgr::record_NM_load_checked(std::uint32_t NM_ID, std::uint32_t FE_ID,
     return ok;
 }
 
-int loads_mgr::record_NM_load(std::uint32_t NM_ID, std::uint32_t FE_ID,
-                              const elementary_load& load, std::uint32_t evol) {
+int loads_mgr::record_NM_load(std::uint32_t NM_ID, std::uint32_t FE_ID, const elementary_load& load,
+                              std::uint32_t evol) {
     elementary_load l(load.kind, load.type, load.values);  // shares the values until stored
     l.evolution_func_ID = evol;
     return record_NM_load_checked(NM_ID, FE_ID, l);
@@ -274,8 +266,7 @@ void loads_mgr::add(const loads_mgr& other, double coefficient) {
     }
     // Throws std::length_error past the largest count a vector of loads can hold.
     const std::size_t needed = NM_loads_.size() + other.NM_loads_.size();
-    if (needed < NM_loads_.size() || needed > NM_loads_.max_size())
-        throw std::length_error("vector too long");
+    if (needed < NM_loads_.size() || needed > NM_loads_.max_size()) throw std::length_error("vector too long");
     NM_loads_.reserve(needed);
     Neumann_.reserve(Neumann_.size() + other.Neumann_.size());
     Dirichlet_.reserve(Dirichlet_.size() + other.Dirichlet_.size());
@@ -304,8 +295,7 @@ namespace {
 
 // Restores the fields of the assembly arguments that a loads assembly changes.
 struct args_guard {
-    explicit args_guard(assembly_args& a)
-        : args(a), element(a.element), elements(a.elements), factor(a.factor) {}
+    explicit args_guard(assembly_args& a) : args(a), element(a.element), elements(a.elements), factor(a.factor) {}
     ~args_guard() {
         args.element = element;
         args.elements = elements;
@@ -356,11 +346,9 @@ int loads_mgr::assemble(assembly_args& args) const {
         args_guard guard(args);
         args.elements = nullptr;  // the element of each key decides
         for (std::size_t k = 0; k < keys_.size(); ++k)
-            if (const int rc = assemble_entry(args, keys_[k].NM_ID, keys_[k].FE_ID, positions_[k]))
-                return rc;
+            if (const int rc = assemble_entry(args, keys_[k].NM_ID, keys_[k].FE_ID, positions_[k])) return rc;
     }
-    assemble_Neumann(*args.vector_assembler, args.params.time, args.params.load_factor,
-                     args.factor);
+    assemble_Neumann(*args.vector_assembler, args.params.time, args.params.load_factor, args.factor);
     return ok;
 }
 
@@ -401,20 +389,21 @@ void loads_mgr::get_prescribed_DOFs(std::vector<std::uint32_t>& ids) const {
     ids.erase(std::unique(ids.begin() + static_cast<std::ptrdiff_t>(start), ids.end()), ids.end());
 }
 
-void loads_mgr::get_prescribed_values(double t,
-                                      std::vector<std::pair<std::uint32_t, double>>& out) const {
+void loads_mgr::get_prescribed_values(double t, std::vector<std::pair<std::uint32_t, double>>& out) const {
     out.clear();
     out.reserve(Dirichlet_.size());
-    for (const DOF_record& r : Dirichlet_)
-        out.emplace_back(r.ID, r.value * evolution_value(r.evolution_func_ID, t));
+    for (const DOF_record& r : Dirichlet_) out.emplace_back(r.ID, r.value * evolution_value(r.evolution_func_ID, t));
     // Stable: among the records of one DOF the last recorded stays last.
     std::stable_sort(out.begin(), out.end(),
-                     [](const std::pair<std::uint32_t, double>& a,
-                        const std::pair<std::uint32_t, double>& b) { return a.first < b.first; });
+                     [](const std::pair<std::uint32_t, double>& a, const std::pair<std::uint32_t, double>& b) {
+                         return a.first < b.first;
+                     });
     std::size_t n = 0;
     for (std::size_t i = 0; i < out.size(); ++i) {
-        if (n > 0 && out[n - 1].first == out[i].first) out[n - 1] = out[i];
-        else out[n++] = out[i];
+        if (n > 0 && out[n - 1].first == out[i].first)
+            out[n - 1] = out[i];
+        else
+            out[n++] = out[i];
     }
     out.resize(n);
 }
@@ -454,24 +443,20 @@ error_type loads_mgr::record_DOF_load(unsigned ID, double value, unsigned evol) 
     return e ? code(e->record_DOF_load(ID, value, evol)) : error_data;
 }
 
-error_type loads_mgr::record_DOF_loads(const dense1D<unsigned>& IDs,
-                                       const dense1D<double>& values, unsigned evol) {
+error_type loads_mgr::record_DOF_loads(const dense1D<unsigned>& IDs, const dense1D<double>& values, unsigned evol) {
     core::loads_mgr* e = engine();
     if (!e) return error_data;
     return code(e->record_DOF_loads(IDs.data(), IDs.size(), values.data(), values.size(), evol));
 }
 
-error_type loads_mgr::record_DOF_loads(const dense1D<unsigned>& IDs,
-                                       const dense1D<double>& values,
+error_type loads_mgr::record_DOF_loads(const dense1D<unsigned>& IDs, const dense1D<double>& values,
                                        const dense1D<unsigned>& evols) {
     core::loads_mgr* e = engine();
     if (!e) return error_data;
-    return code(e->record_DOF_loads(IDs.data(), IDs.size(), values.data(), values.size(),
-                                    evols.data(), evols.size()));
+    return code(e->record_DOF_loads(IDs.data(), IDs.size(), values.data(), values.size(), evols.data(), evols.size()));
 }
 
-error_type loads_mgr::record_nodal_load(unsigned node, field_tag tag, unsigned comp,
-                                        double value, unsigned evol) {
+error_type loads_mgr::record_nodal_load(unsigned node, field_tag tag, unsigned comp, double value, unsigned evol) {
     core::loads_mgr* e = engine();
     return e ? code(e->record_nodal_load(node, tag, comp, value, evol)) : error_data;
 }
@@ -487,40 +472,34 @@ error_type loads_mgr::record_DOF_prescribed_value(unsigned ID, double value, uns
     return e ? code(e->record_DOF_prescribed_value(ID, value, evol)) : error_data;
 }
 
-error_type loads_mgr::record_DOF_prescribed_values(const dense1D<unsigned>& IDs,
-                                                   const dense1D<double>& values,
+error_type loads_mgr::record_DOF_prescribed_values(const dense1D<unsigned>& IDs, const dense1D<double>& values,
                                                    unsigned evol) {
     core::loads_mgr* e = engine();
     if (!e) return error_data;
-    return code(e->record_DOF_prescribed_values(IDs.data(), IDs.size(), values.data(),
-                                                values.size(), evol));
+    return code(e->record_DOF_prescribed_values(IDs.data(), IDs.size(), values.data(), values.size(), evol));
 }
 
-error_type loads_mgr::record_DOF_prescribed_values(const dense1D<unsigned>& IDs,
-                                                   const dense1D<double>& values,
+error_type loads_mgr::record_DOF_prescribed_values(const dense1D<unsigned>& IDs, const dense1D<double>& values,
                                                    const dense1D<unsigned>& evols) {
     core::loads_mgr* e = engine();
     if (!e) return error_data;
-    return code(e->record_DOF_prescribed_values(IDs.data(), IDs.size(), values.data(),
-                                                values.size(), evols.data(), evols.size()));
+    return code(e->record_DOF_prescribed_values(IDs.data(), IDs.size(), values.data(), values.size(), evols.data(),
+                                                evols.size()));
 }
 
-error_type loads_mgr::record_nodal_prescribed_value(unsigned node, field_tag tag, unsigned comp,
-                                                    double value, unsigned evol) {
+error_type loads_mgr::record_nodal_prescribed_value(unsigned node, field_tag tag, unsigned comp, double value,
+                                                    unsigned evol) {
     core::loads_mgr* e = engine();
     return e ? code(e->record_nodal_prescribed_value(node, tag, comp, value, evol)) : error_data;
 }
 
-error_type loads_mgr::record_nodal_prescribed_values(unsigned node,
-                                                     const vector_fixed<double, 3>& U,
-                                                     const vector_fixed<double, 3>& R,
-                                                     unsigned evol) {
+error_type loads_mgr::record_nodal_prescribed_values(unsigned node, const vector_fixed<double, 3>& U,
+                                                     const vector_fixed<double, 3>& R, unsigned evol) {
     core::loads_mgr* e = engine();
     return e ? code(e->record_nodal_prescribed_values(node, U.data(), R.data(), evol)) : error_data;
 }
 
-error_type loads_mgr::record_NM_load(unsigned NM_ID, unsigned FE_ID, const elementary_load& load,
-                                     unsigned evol) {
+error_type loads_mgr::record_NM_load(unsigned NM_ID, unsigned FE_ID, const elementary_load& load, unsigned evol) {
     core::loads_mgr* e = engine();
     return e ? code(e->record_NM_load(NM_ID, FE_ID, load, evol)) : error_data;
 }

@@ -65,41 +65,35 @@ public:
     // Neumann records. A value of exactly 0.0 records nothing. The list forms return
     // -101 (and record nothing) when the lengths differ. Return 0 or -199 (memory).
     int record_DOF_load(std::uint32_t ID, double value, std::uint32_t evol);
-    int record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
-                         std::size_t nbr_values, std::uint32_t evol);
-    int record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
-                         std::size_t nbr_values, const unsigned* evols, std::size_t nbr_evols);
+    int record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values, std::size_t nbr_values,
+                         std::uint32_t evol);
+    int record_DOF_loads(const unsigned* IDs, std::size_t nbr_IDs, const double* values, std::size_t nbr_values,
+                         const unsigned* evols, std::size_t nbr_evols);
     // -101 when the ID of (node, tag, comp) does not fit 32 bits.
-    int record_nodal_load(std::uint64_t node, fem::field_tag tag, unsigned comp, double value,
-                          std::uint32_t evol);
+    int record_nodal_load(std::uint64_t node, fem::field_tag tag, unsigned comp, double value, std::uint32_t evol);
     // Force F on the node's displacements if F is not all zero, moment M on its
     // rotations if M is not all zero. A node without DOFs (477218588 or more) puts
     // its values on the IDs of node 0.
-    int record_nodal_load(std::uint64_t node, const double F[3], const double M[3],
-                          std::uint32_t evol);
+    int record_nodal_load(std::uint64_t node, const double F[3], const double M[3], std::uint32_t evol);
 
     // Dirichlet records: always kept, a prescribed 0.0 being a support.
     int record_DOF_prescribed_value(std::uint32_t ID, double value, std::uint32_t evol);
-    int record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs,
-                                     const double* values, std::size_t nbr_values,
-                                     std::uint32_t evol);
-    int record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs,
-                                     const double* values, std::size_t nbr_values,
-                                     const unsigned* evols, std::size_t nbr_evols);
+    int record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
+                                     std::size_t nbr_values, std::uint32_t evol);
+    int record_DOF_prescribed_values(const unsigned* IDs, std::size_t nbr_IDs, const double* values,
+                                     std::size_t nbr_values, const unsigned* evols, std::size_t nbr_evols);
     // -101 when the ID of (node, tag, comp) does not fit 32 bits.
-    int record_nodal_prescribed_value(std::uint64_t node, fem::field_tag tag, unsigned comp,
-                                      double value, std::uint32_t evol);
+    int record_nodal_prescribed_value(std::uint64_t node, fem::field_tag tag, unsigned comp, double value,
+                                      std::uint32_t evol);
     // The six values U (displacements) and R (rotations), always all six. -101 for a
     // node without DOFs.
-    int record_nodal_prescribed_values(std::uint64_t node, const double U[3], const double R[3],
-                                       std::uint32_t evol);
+    int record_nodal_prescribed_values(std::uint64_t node, const double U[3], const double R[3], std::uint32_t evol);
 
     // An elementary load on element FE_ID (or all_elements) of model NM_ID, scaled by
     // the evolution function evol (which replaces load.evolution_func_ID). Nothing is
     // recorded for an ID of 0xFFFFFFFF or a load whose values are all 0.0. The values
     // are copied. Returns 0 or -199.
-    int record_NM_load(std::uint32_t NM_ID, std::uint32_t FE_ID, const elementary_load& load,
-                       std::uint32_t evol);
+    int record_NM_load(std::uint32_t NM_ID, std::uint32_t FE_ID, const elementary_load& load, std::uint32_t evol);
 
     bool reserve_NM_Neumann_loads(std::size_t n);
     bool reserve_node_Neumann_loads(std::size_t n);
@@ -139,12 +133,10 @@ public:
     // scale) on any assembler that has add_DOF(unsigned, double). scale is
     // load_factor * factor; nothing is done when it is 0.0.
     template <class Assembler>
-    void assemble_Neumann(Assembler& assembler, double time, double load_factor,
-                          double factor) const {
+    void assemble_Neumann(Assembler& assembler, double time, double load_factor, double factor) const {
         if (load_factor * factor == 0.0) return;
         for (const DOF_record& r : Neumann_)
-            assembler.add_DOF(r.ID, r.value * evolution_value(r.evolution_func_ID, time) *
-                                        load_factor * factor);
+            assembler.add_DOF(r.ID, r.value * evolution_value(r.evolution_func_ID, time) * load_factor * factor);
     }
 
     // Value of an evolution function of the context at t; 1.0 when it names none.
@@ -174,8 +166,7 @@ private:
     // Steps after the lookup of the model: merge with one of the last three loads or
     // append, then enter the position under the key. May throw std::bad_alloc.
     void record_simple(std::uint32_t NM_ID, std::uint32_t FE_ID, const elementary_load& load);
-    int record_NM_load_checked(std::uint32_t NM_ID, std::uint32_t FE_ID,
-                               const elementary_load& load);
+    int record_NM_load_checked(std::uint32_t NM_ID, std::uint32_t FE_ID, const elementary_load& load);
     int assemble_entry(assembly_args& args, std::uint32_t NM_ID, std::uint32_t FE_ID,
                        const std::vector<std::uint32_t>& positions) const;
 

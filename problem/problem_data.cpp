@@ -1,6 +1,6 @@
 // Description of one problem: positions, DOF table, model, load and stress cases.
-#include <orv/fem/error_type.h>
 #include "problem/problem_data.h"
+#include <orv/fem/error_type.h>
 
 #include <new>
 

@@ -45,8 +45,7 @@ public:
     // the stresses; a missing column counts as zeros). A coefficient of 0.0 skips its
     // source. Returns 0; -101 when a coefficient matrix is not empty and its rows
     // differ from the source's number of cases; -199 when memory fails.
-    int combine(const problem_data& src, const dense2D<double>& load_coeffs,
-                const dense2D<double>& stress_coeffs);
+    int combine(const problem_data& src, const dense2D<double>& load_coeffs, const dense2D<double>& stress_coeffs);
 
     context_type* get_context() const { return context_.get(); }
     std::uint32_t NM_ID() const { return NM_ID_; }

@@ -1,6 +1,6 @@
 // Stress data of a load case: per-model managers and their combination.
-#include <orv/fem/error_type.h>
 #include "problem/stress_mgr.h"
+#include <orv/fem/error_type.h>
 
 #include <new>
 

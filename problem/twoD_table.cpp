@@ -67,8 +67,7 @@ public:
         // the file cannot be met, and is refused before any allocation.
         const std::uint64_t left = static_cast<std::uint64_t>(end_ - p_);
         if (rows != 0 && cols > left / rows) return false;
-        if (!z.resize(static_cast<std::size_t>(rows), static_cast<std::size_t>(cols)))
-            return false;
+        if (!z.resize(static_cast<std::size_t>(rows), static_cast<std::size_t>(cols))) return false;
         for (std::size_t i = 0; i < rows; ++i) {
             for (std::size_t j = 0; j < cols; ++j) {
                 skip_space();
@@ -83,9 +82,7 @@ public:
     }
 
 private:
-    static bool space(char c) {
-        return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
-    }
+    static bool space(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; }
     void skip_space() {
         while (p_ != end_ && space(*p_)) ++p_;
     }
@@ -127,10 +124,7 @@ bool to_dense(const std::vector<double>& v, dense1D<double>& out) {
 
 }  // namespace
 
-twoD_table::twoD_table(const dense1D<double>& x, const dense1D<double>& y,
-                       const dense2D<double>& z) {
-    init(x, y, z);
-}
+twoD_table::twoD_table(const dense1D<double>& x, const dense1D<double>& y, const dense2D<double>& z) { init(x, y, z); }
 
 twoD_table::twoD_table(const char* path) {
     if (!path) return;
@@ -160,8 +154,7 @@ void twoD_table::clear() {
     z_.clear_hard();
 }
 
-bool twoD_table::init(const dense1D<double>& x, const dense1D<double>& y,
-                      const dense2D<double>& z) {
+bool twoD_table::init(const dense1D<double>& x, const dense1D<double>& y, const dense2D<double>& z) {
     clear();
     if (z.rows() != x.size() || z.cols() != y.size()) return false;
     if (!non_decreasing(x) || !non_decreasing(y)) return false;

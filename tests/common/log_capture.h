@@ -16,10 +16,10 @@ namespace test {
 
 struct log_capture {
     std::vector<std::pair<unsigned, std::string>> lines;  // level, text
-    int interrupts = 0;                     // calls of the interrupt hook that answered
-    int interrupt_after = -1;               // answer true from this call on (-1: never)
-    int sleep_ms = 0;                       // time spent in each interrupt call
-    orv::fem::base_class* drop = nullptr;   // handles cleared in the first interrupt call
+    int interrupts = 0;                                   // calls of the interrupt hook that answered
+    int interrupt_after = -1;                             // answer true from this call on (-1: never)
+    int sleep_ms = 0;                                     // time spent in each interrupt call
+    orv::fem::base_class* drop = nullptr;                 // handles cleared in the first interrupt call
     orv::fem::base_class* drop2 = nullptr;
 
     static void display(void* self, unsigned level, const char* text) {

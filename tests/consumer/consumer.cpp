@@ -6,17 +6,18 @@
 
 #include <orv/fem/context.h>
 #include <orv/fem/element_type.h>
-#include <orv/fem/version.h>
 #include <orv/fem/io/mesh_io.h>
+#include <orv/fem/version.h>
 
 int main(int argc, char** argv) {
     const std::string folder = argc > 1 ? argv[1] : ".";
     const std::string deck = folder + "/consumer.inp";
     std::FILE* f = std::fopen(deck.c_str(), "w");
     if (f == nullptr) return 2;
-    std::fputs("*NODE, NSET=ALL\n1, 0, 0, 0\n2, 1, 0, 0\n3, 1, 1, 0\n4, 0, 1, 0\n5, 2, 0, 0\n6, 2, 1, 0\n"
-               "*ELEMENT, TYPE=CPS4, ELSET=PLATE\n1, 1, 2, 3, 4\n2, 2, 5, 6, 3\n",
-               f);
+    std::fputs(
+        "*NODE, NSET=ALL\n1, 0, 0, 0\n2, 1, 0, 0\n3, 1, 1, 0\n4, 0, 1, 0\n5, 2, 0, 0\n6, 2, 1, 0\n"
+        "*ELEMENT, TYPE=CPS4, ELSET=PLATE\n1, 1, 2, 3, 4\n2, 2, 5, 6, 3\n",
+        f);
     std::fclose(f);
 
     orv::fem::context ctx;

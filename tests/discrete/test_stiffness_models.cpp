@@ -79,8 +79,7 @@ struct test_system {
         return s;
     }
     // Matrix of matrix_code into K, with the penalties given.
-    int assemble(core::numerical_model_base& m, unsigned code, double p_disp = 0, double p_rot = 0,
-                 double p_temp = 0) {
+    int assemble(core::numerical_model_base& m, unsigned code, double p_disp = 0, double p_rot = 0, double p_temp = 0) {
         core::matrix_sym_assembler<decltype(K)> ma(K, 1.0);
         args.matrix_assembler = &ma;
         args.vector_assembler = nullptr;

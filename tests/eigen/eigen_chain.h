@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "common/run_records.h"
 #include "eigen/eigen_Lanczos_hybrid.h"
 #include "eigen/eigen_subspace.h"
-#include "common/run_records.h"
 #include "linalg/factor_checker.h"
 #include "orvlapack/orvlapack.h"
 

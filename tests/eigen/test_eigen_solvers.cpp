@@ -170,8 +170,7 @@ TEST(EigenSubspace, DependentStartVectorsAreReplaced) {
     ASSERT_EQ(solver.solve(2, o.X, 2, o.lambda), 0);
     EXPECT_EQ(count_lines(o, "  1- bad mode(s).\n"), 1u);
     ASSERT_EQ(o.lambda.size(), 2u);
-    for (std::size_t j = 0; j < 2; ++j)
-        EXPECT_NEAR(o.lambda[j], fixed_chain_lambda(n, 1.0, 1.0, false, j + 1), 1e-12);
+    for (std::size_t j = 0; j < 2; ++j) EXPECT_NEAR(o.lambda[j], fixed_chain_lambda(n, 1.0, 1.0, false, j + 1), 1e-12);
     // one call per Rayleigh-Ritz round, the restart counted as a round without a call
     EXPECT_EQ(residues.size() + 1, solver.nbr_iterations());
     EXPECT_LT(residues.back(), 1e-12);
@@ -352,7 +351,7 @@ TEST(EigenSolvers, BadArgumentsAreRefused) {
     EXPECT_EQ(X.col(0)[0], 7.0);
     ASSERT_EQ(X.init(5, 3, 7.0), 0);
     EXPECT_EQ(solver.solve(2, X, 4, lambda), orv::fem::error_data);  // more given than columns
-    EXPECT_EQ(solver.solve(0, X, 0, lambda), 0);                      // nothing wanted: nothing done
+    EXPECT_EQ(solver.solve(0, X, 0, lambda), 0);                     // nothing wanted: nothing done
     EXPECT_EQ(X.col(2)[4], 7.0);
     orv::core::skyline_factor unfactored(P.Kmat);
     unfactored.set_unfactored();

@@ -61,9 +61,7 @@ inline double factorial(unsigned n) {
 inline double edge_integral(unsigned a) { return a % 2 ? 0.0 : 2.0 / (a + 1); }
 
 // Integral of xi^a eta^b over the triangle xi, eta >= 0, xi + eta <= 1.
-inline double triangle_integral(unsigned a, unsigned b) {
-    return factorial(a) * factorial(b) / factorial(a + b + 2);
-}
+inline double triangle_integral(unsigned a, unsigned b) { return factorial(a) * factorial(b) / factorial(a + b + 2); }
 
 // Integral of xi^a eta^b zeta^c over the unit tetrahedron.
 inline double tetra_integral(unsigned a, unsigned b, unsigned c) {
@@ -75,8 +73,7 @@ inline double tetra_integral(unsigned a, unsigned b, unsigned c) {
 // E(a) E(b) * int_0^1 zeta^c (1 - zeta)^(a + b + 2).
 inline double pyramid_integral(unsigned a, unsigned b, unsigned c) {
     const unsigned m = a + b + 2;
-    return edge_integral(a) * edge_integral(b) * factorial(c) * factorial(m) /
-           factorial(c + m + 1);
+    return edge_integral(a) * edge_integral(b) * factorial(c) * factorial(m) / factorial(c + m + 1);
 }
 
 }  // namespace elements_test

@@ -112,8 +112,7 @@ TEST(bad_elements, log_names_the_first_ten_and_counts_all) {
     for (unsigned k = 0; k < 10; ++k) {
         EXPECT_EQ(log.lines[k].first, 1u);
         EXPECT_EQ(log.lines[k].second, "  Bad element: model " + std::to_string(model.ID()) + ", element " +
-                                           std::to_string(k + 1) +
-                                           " (Jacobian determinant not positive or tiny)\n");
+                                           std::to_string(k + 1) + " (Jacobian determinant not positive or tiny)\n");
     }
     EXPECT_EQ(log.lines[10].second, "  Nbr bad elements       :         12\n");
     // a null hook costs nothing and still counts

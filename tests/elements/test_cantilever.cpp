@@ -75,8 +75,11 @@ std::map<unsigned, double> tip_shares(const test_mesh& m, double area) {
             a = 0.5 * std::fabs(u[0] * v[1] - u[1] * v[0]);
         }
         for (unsigned n : face) {
-            const double share = quad ? 0.25 : q9 ? (odd(n) == 0 ? 1.0 / 36 : odd(n) == 1 ? 1.0 / 9 : 4.0 / 9)
-                                                  : (odd(n) == 0 ? 0.0 : 1.0 / 3);
+            const double share = quad ? 0.25
+                                 : q9 ? (odd(n) == 0   ? 1.0 / 36
+                                         : odd(n) == 1 ? 1.0 / 9
+                                                       : 4.0 / 9)
+                                      : (odd(n) == 0 ? 0.0 : 1.0 / 3);
             w[n] += share * a / area;
         }
     }

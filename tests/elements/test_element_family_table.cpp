@@ -87,8 +87,7 @@ TEST(element_family_table, sample_cells) {
     EXPECT_EQ(h1->load.size(), 2u);
     // beam edge2: closed form except in the fully finite instance
     EXPECT_EQ(find_family_entry("mechanical_Timoshenko_beam", 2)->main.rule, rule_kind::closed_form);
-    EXPECT_EQ(find_family_entry("mechanical_Timoshenko_beam", 2, instance_gnls)->main.rule,
-              rule_kind::closed_form);
+    EXPECT_EQ(find_family_entry("mechanical_Timoshenko_beam", 2, instance_gnls)->main.rule, rule_kind::closed_form);
     EXPECT_EQ(find_family_entry("mechanical_Timoshenko_beam", 2, instance_gnl)->main.size(), 1u);
 }
 
@@ -218,8 +217,7 @@ TEST(shape_element_type, counts_agree_with_the_enumeration) {
 TEST(shape_element_type, values_without_a_shape_are_not_dispatched) {
     unsigned calls = 0;
     for (unsigned v : {0u, 1u, 5u, 6u, 10u, 12u, 13u, 17u, 20u, 23u, 25u, 1000u})
-        EXPECT_FALSE(dispatch_shape(static_cast<orv::fem::element_type>(v), [&](auto) { ++calls; }))
-            << v;
+        EXPECT_FALSE(dispatch_shape(static_cast<orv::fem::element_type>(v), [&](auto) { ++calls; })) << v;
     EXPECT_EQ(calls, 0u);
     unsigned shapes = 0;
     for (unsigned v = 0; v < 25; ++v)

@@ -21,20 +21,29 @@ namespace {
 template <class Shape>
 class shape_test : public ::testing::Test {};
 
-using all_shapes = ::testing::Types<edge2, edge3, edge4, faceT3, faceT6, faceQ4, faceQ9, tetra4,
-                                    tetra10, pyramid5, pyramid14, wedge6, wedge18, hexa8, hexa27>;
+using all_shapes = ::testing::Types<edge2, edge3, edge4, faceT3, faceT6, faceQ4, faceQ9, tetra4, tetra10, pyramid5,
+                                    pyramid14, wedge6, wedge18, hexa8, hexa27>;
 TYPED_TEST_SUITE(shape_test, all_shapes);
 
 // Complete polynomial degree each shape reproduces exactly.
-template <class S> constexpr unsigned degree = 1;
-template <> constexpr unsigned degree<edge3> = 2;
-template <> constexpr unsigned degree<edge4> = 3;
-template <> constexpr unsigned degree<faceT6> = 2;
-template <> constexpr unsigned degree<faceQ9> = 2;
-template <> constexpr unsigned degree<tetra10> = 2;
-template <> constexpr unsigned degree<pyramid14> = 2;
-template <> constexpr unsigned degree<wedge18> = 2;
-template <> constexpr unsigned degree<hexa27> = 2;
+template <class S>
+constexpr unsigned degree = 1;
+template <>
+constexpr unsigned degree<edge3> = 2;
+template <>
+constexpr unsigned degree<edge4> = 3;
+template <>
+constexpr unsigned degree<faceT6> = 2;
+template <>
+constexpr unsigned degree<faceQ9> = 2;
+template <>
+constexpr unsigned degree<tetra10> = 2;
+template <>
+constexpr unsigned degree<pyramid14> = 2;
+template <>
+constexpr unsigned degree<wedge18> = 2;
+template <>
+constexpr unsigned degree<hexa27> = 2;
 
 template <class Shape>
 std::vector<std::array<double, 3>> test_points(unsigned count) {
@@ -149,8 +158,7 @@ TYPED_TEST(curved_shape_test, second_derivatives_match_differences_of_gradients)
             S::gradients(xp, gp);
             S::gradients(xm, gm);
             for (unsigned i = 0; i < S::nbr_nodes; ++i)
-                EXPECT_NEAR(d2N[i][c], (gp[i][g] - gm[i][g]) / (2 * h), 2e-8)
-                    << "node " << i << " component " << c;
+                EXPECT_NEAR(d2N[i][c], (gp[i][g] - gm[i][g]) / (2 * h), 2e-8) << "node " << i << " component " << c;
         }
     }
 }

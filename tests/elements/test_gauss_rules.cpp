@@ -2,8 +2,8 @@
 // degree higher, so that the degree is the one claimed), identifiers and point order.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <array>
+#include <cmath>
 #include <functional>
 #include <string>
 #include <vector>
@@ -41,8 +41,7 @@ double worst_error(unsigned size, unsigned dim, unsigned degree, PointAt point_a
 // Exact up to `degree` included, not exact at degree + 1.
 template <class PointAt>
 void expect_degree(unsigned size, unsigned dim, unsigned degree, PointAt point_at,
-                   const std::function<double(unsigned, unsigned, unsigned)>& exact,
-                   const char* what) {
+                   const std::function<double(unsigned, unsigned, unsigned)>& exact, const char* what) {
     for (unsigned d = 0; d <= degree; ++d)
         EXPECT_LT(worst_error(size, dim, d, point_at, exact), 2e-14) << what << " degree " << d;
     EXPECT_GT(worst_error(size, dim, degree + 1, point_at, exact), 1e-6)
@@ -86,19 +85,42 @@ TEST_P(gauss_family, measure_degree_start_and_identifiers) {
 
 INSTANTIATE_TEST_SUITE_P(
     rules, gauss_family,
-    ::testing::Values(
-        rule_family{"edge", 1, 100, 2.0, {{1, 1, 0}, {2, 3, 1}, {3, 5, 3}, {4, 7, 6}, {5, 9, 10}, {6, 11, 15}},
-                    &Gauss_edge::point, &Gauss_edge::start, &Gauss_edge::is_rule,
-                    [](unsigned a, unsigned, unsigned) { return edge_integral(a); }},
-        rule_family{"triangle", 2, 200, 0.5, {{1, 1, 0}, {3, 2, 1}, {4, 3, 4}, {6, 4, 8}, {7, 5, 14}},
-                    &Gauss_faceT::point, &Gauss_faceT::start, &Gauss_faceT::is_rule,
-                    [](unsigned a, unsigned b, unsigned) { return triangle_integral(a, b); }},
-        rule_family{"tetra", 3, 400, 1.0 / 6.0, {{1, 1, 0}, {4, 2, 1}, {5, 3, 5}, {11, 4, 10}},
-                    &Gauss_tetra::point, &Gauss_tetra::start, &Gauss_tetra::is_rule,
-                    [](unsigned a, unsigned b, unsigned c) { return tetra_integral(a, b, c); }},
-        rule_family{"pyramid", 3, 500, 4.0 / 3.0, {{1, 1, 0}, {8, 3, 1}, {27, 5, 9}},
-                    &Gauss_pyramid::point, &Gauss_pyramid::start, &Gauss_pyramid::is_rule,
-                    [](unsigned a, unsigned b, unsigned c) { return pyramid_integral(a, b, c); }}),
+    ::testing::Values(rule_family{"edge",
+                                  1,
+                                  100,
+                                  2.0,
+                                  {{1, 1, 0}, {2, 3, 1}, {3, 5, 3}, {4, 7, 6}, {5, 9, 10}, {6, 11, 15}},
+                                  &Gauss_edge::point,
+                                  &Gauss_edge::start,
+                                  &Gauss_edge::is_rule,
+                                  [](unsigned a, unsigned, unsigned) { return edge_integral(a); }},
+                      rule_family{"triangle",
+                                  2,
+                                  200,
+                                  0.5,
+                                  {{1, 1, 0}, {3, 2, 1}, {4, 3, 4}, {6, 4, 8}, {7, 5, 14}},
+                                  &Gauss_faceT::point,
+                                  &Gauss_faceT::start,
+                                  &Gauss_faceT::is_rule,
+                                  [](unsigned a, unsigned b, unsigned) { return triangle_integral(a, b); }},
+                      rule_family{"tetra",
+                                  3,
+                                  400,
+                                  1.0 / 6.0,
+                                  {{1, 1, 0}, {4, 2, 1}, {5, 3, 5}, {11, 4, 10}},
+                                  &Gauss_tetra::point,
+                                  &Gauss_tetra::start,
+                                  &Gauss_tetra::is_rule,
+                                  [](unsigned a, unsigned b, unsigned c) { return tetra_integral(a, b, c); }},
+                      rule_family{"pyramid",
+                                  3,
+                                  500,
+                                  4.0 / 3.0,
+                                  {{1, 1, 0}, {8, 3, 1}, {27, 5, 9}},
+                                  &Gauss_pyramid::point,
+                                  &Gauss_pyramid::start,
+                                  &Gauss_pyramid::is_rule,
+                                  [](unsigned a, unsigned b, unsigned c) { return pyramid_integral(a, b, c); }}),
     [](const ::testing::TestParamInfo<rule_family>& info) { return std::string(info.param.name); });
 
 TEST(gauss_edge, flat_table_order_centre_first_then_pairs) {
@@ -176,8 +198,7 @@ TEST(gauss_products, faceQ_order_degree_and_identifiers) {
             for (unsigned a = 0; a <= 2 * n1; ++a)
                 for (unsigned b = 0; b < 2 * n2; ++b) {
                     double s = 0.0;
-                    for (unsigned i = 0; i < n; ++i)
-                        s += at(i).weight * pw(at(i).coord[0], a) * pw(at(i).coord[1], b);
+                    for (unsigned i = 0; i < n; ++i) s += at(i).weight * pw(at(i).coord[0], a) * pw(at(i).coord[1], b);
                     const double e = edge_integral(a) * edge_integral(b);
                     if (a < 2 * n1) {
                         EXPECT_NEAR(s, e, 2e-14);

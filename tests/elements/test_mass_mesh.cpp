@@ -237,7 +237,7 @@ TEST(MassMesh, LinesCarryTheirMassPerLength) {
         // U on node 0 alone: node 1 still feels -M_10 u_0
         const dense2D<double> pos = affine_nodes<elfes::edge2>(o, a, b);
         const unsigned first = 0;
-        core::DOF_vector U, F = make_U(pos, [](const double*, double* u) { u[0] = u[1] = u[2] = 0.0; });
+        core::DOF_vector U, F = make_U(pos, [](const double*, double*u) { u[0] = u[1] = u[2] = 0.0; });
         U.init(Ptr<core::DOF_index>(new core::DOF_index(&first, &first + 1)), 1.0);
         core::vector_assembler<double> va(F, 1.0);
         core::assembly_args args;

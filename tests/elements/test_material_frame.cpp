@@ -91,9 +91,11 @@ void expect_same_element(fem::context& ctx, const frame_case& fc, const fem::bas
         double scale = 0.0;
         for (double v : rb.K) scale = std::fmax(scale, std::fabs(v));
         ASSERT_GT(scale, 0.0);
-        for (std::size_t k = 0; k < ra.K.size(); ++k) ASSERT_NEAR(ra.K[k], rb.K[k], 1e-9 * scale) << fc.name << " " << k;
+        for (std::size_t k = 0; k < ra.K.size(); ++k)
+            ASSERT_NEAR(ra.K[k], rb.K[k], 1e-9 * scale) << fc.name << " " << k;
         ASSERT_EQ(ra.f.size(), rb.f.size());
-        for (std::size_t k = 0; k < ra.f.size(); ++k) EXPECT_NEAR(ra.f[k], rb.f[k], 1e-9 * scale) << fc.name << " " << k;
+        for (std::size_t k = 0; k < ra.f.size(); ++k)
+            EXPECT_NEAR(ra.f[k], rb.f[k], 1e-9 * scale) << fc.name << " " << k;
         EXPECT_NEAR(ra.energy, rb.energy, 1e-9 * std::fmax(1.0, std::fabs(rb.energy))) << fc.name;
     }
 }
@@ -105,15 +107,21 @@ class solid_frame : public ::testing::TestWithParam<int> {};
 // the same in the r-z half plane (axisymmetric, the hoop direction being z).
 std::vector<frame_case> solid_cases() {
     const element_case brick = make_case("hexa8", fem::FE_hexa8,
-                                         {{0, 0, 0}, {2.1, 0.1, -0.1}, {2.3, 1.8, 0.2}, {-0.2, 1.6, 0},
-                                          {0.1, 0.2, 1.9}, {2.0, -0.1, 2.2}, {2.2, 2.0, 1.8}, {0.2, 1.7, 2.1}});
-    const element_case quad_yz = make_case("faceQ4 yz", fem::FE_faceQ4,
-                                           {{0.3, 0, 0}, {0.3, 2.2, 0.3}, {0.3, 2.0, 1.9}, {0.3, -0.2, 1.6}});
-    const element_case tri6_yz = make_case("faceT6 yz", fem::FE_faceT6,
-                                           {{0.3, 2, 0}, {0.3, 0.1, 1.8}, {0.3, 0, 0}, {0.3, 0.1, 0.9},
-                                            {0.3, 0, 0.1}, {0.3, 1.0, 0.8}});
-    const element_case quad_rz = make_case("faceQ4 rz", fem::FE_faceQ4,
-                                           {{1.0, 0, 0}, {3.1, 0.2, 0}, {2.9, 2.1, 0}, {1.2, 1.8, 0}});
+                                         {{0, 0, 0},
+                                          {2.1, 0.1, -0.1},
+                                          {2.3, 1.8, 0.2},
+                                          {-0.2, 1.6, 0},
+                                          {0.1, 0.2, 1.9},
+                                          {2.0, -0.1, 2.2},
+                                          {2.2, 2.0, 1.8},
+                                          {0.2, 1.7, 2.1}});
+    const element_case quad_yz =
+        make_case("faceQ4 yz", fem::FE_faceQ4, {{0.3, 0, 0}, {0.3, 2.2, 0.3}, {0.3, 2.0, 1.9}, {0.3, -0.2, 1.6}});
+    const element_case tri6_yz =
+        make_case("faceT6 yz", fem::FE_faceT6,
+                  {{0.3, 2, 0}, {0.3, 0.1, 1.8}, {0.3, 0, 0}, {0.3, 0.1, 0.9}, {0.3, 0, 0.1}, {0.3, 1.0, 0.8}});
+    const element_case quad_rz =
+        make_case("faceQ4 rz", fem::FE_faceQ4, {{1.0, 0, 0}, {3.1, 0.2, 0}, {2.9, 2.1, 0}, {1.2, 1.8, 0}});
     auto solid = [](int finite, const fem::base_class& law) -> fem::physics_model_base {
         if (finite) return fem::model_solid_gnl(law);
         return fem::model_solid_lin(law);
@@ -129,10 +137,14 @@ std::vector<frame_case> solid_cases() {
     auto torsion = [](int, const fem::base_class& law) -> fem::physics_model_base {
         return fem::model_axi_torsion_lin(law);
     };
-    return {{"solid_lin", false, solid, brick},          {"solid_gnl", true, solid, brick},
-            {"plane_strain_lin Q4", false, plane, quad_yz}, {"plane_strain_gnl Q4", true, plane, quad_yz},
-            {"plane_strain_lin T6", false, plane, tri6_yz}, {"plane_strain_gnl T6", true, plane, tri6_yz},
-            {"axi3d_lin", false, axi, quad_rz},            {"axi3d_gnl", true, axi, quad_rz},
+    return {{"solid_lin", false, solid, brick},
+            {"solid_gnl", true, solid, brick},
+            {"plane_strain_lin Q4", false, plane, quad_yz},
+            {"plane_strain_gnl Q4", true, plane, quad_yz},
+            {"plane_strain_lin T6", false, plane, tri6_yz},
+            {"plane_strain_gnl T6", true, plane, tri6_yz},
+            {"axi3d_lin", false, axi, quad_rz},
+            {"axi3d_gnl", true, axi, quad_rz},
             {"axi_torsion_lin", false, torsion, quad_rz}};
 }
 
@@ -161,7 +173,8 @@ TEST(membrane_frame, quarter_turned_orthotropic_membrane_equals_swapped_constant
         if (finite) return fem::model_membrane_gnl(law);
         return fem::model_membrane_lin(law);
     };
-    const element_case quad = make_case("faceQ4 xy", fem::FE_faceQ4, {{0, 0, 0}, {2.2, 0.3, 0}, {2.0, 1.9, 0}, {-0.2, 1.6, 0}});
+    const element_case quad =
+        make_case("faceQ4 xy", fem::FE_faceQ4, {{0, 0, 0}, {2.2, 0.3, 0}, {2.0, 1.9, 0}, {-0.2, 1.6, 0}});
     for (bool finite : {false, true}) expect_same_element(ctx, {"membrane", finite, membrane, quad}, turned, swapped);
 }
 
@@ -179,7 +192,8 @@ TEST(plane_strain_frame, frameless_law_outputs_stay_in_the_plane_axes) {
     fem::context ctx;
     fem::law_solid_orthotropic global(ctx, solid_data(true));
     fem::model_plane_strain_lin ph(global, 0);
-    const element_case quad = make_case("faceQ4 yz", fem::FE_faceQ4, {{0.3, 0, 0}, {0.3, 2, 0}, {0.3, 2, 1}, {0.3, 0, 1}});
+    const element_case quad =
+        make_case("faceQ4 yz", fem::FE_faceQ4, {{0.3, 0, 0}, {0.3, 2, 0}, {0.3, 2, 1}, {0.3, 0, 1}});
     fem::numerical_model_stiff_lin model(ctx, ph, quad.conn, quad.type);
     const double e = 1e-3;
     core::DOF_vector U = make_U(quad.pos, [&](const double* x, double* u) { u[0] = u[2] = 0.0, u[1] = e * x[1]; });

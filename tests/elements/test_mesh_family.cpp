@@ -17,9 +17,12 @@ struct physics_case {
     unsigned family;
 };
 
-const physics_case built[] = {{"mechanical_displacement_1d", 2000},   {"mechanical_displacement_3d", 4000},
-                              {"mechanical_membrane", 9000},          {"mechanical_plane_strain", 10000},
-                              {"mechanical_displacement_axi3d", 15000}, {"mechanical_displacement_axi_torsion", 16000}};
+const physics_case built[] = {{"mechanical_displacement_1d", 2000},
+                              {"mechanical_displacement_3d", 4000},
+                              {"mechanical_membrane", 9000},
+                              {"mechanical_plane_strain", 10000},
+                              {"mechanical_displacement_axi3d", 15000},
+                              {"mechanical_displacement_axi_torsion", 16000}};
 
 // A physics of a family and kinematics on a law that never gets evaluated here.
 Ptr<core::physics_model_base> make_physics(unsigned family, unsigned kinematics) {
@@ -44,7 +47,8 @@ TEST(mesh_family, every_entry_is_built) {
     fem::context ctx;
     unsigned made = 0;
     for (const physics_case& pc : built)
-        for (unsigned kin : {core::kinematics_lin, core::kinematics_gnls, core::kinematics_gnld, core::kinematics_gnl}) {
+        for (unsigned kin :
+             {core::kinematics_lin, core::kinematics_gnls, core::kinematics_gnld, core::kinematics_gnl}) {
             Ptr<core::physics_model_base> ph = make_physics(pc.family, kin);
             for (unsigned t = 0; t < fem::FE_type_end + 2; ++t) {
                 const fem::element_type type = static_cast<fem::element_type>(t);

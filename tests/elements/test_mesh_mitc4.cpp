@@ -178,7 +178,8 @@ TEST(mesh_mitc4, flat_small_strain_gives_the_plain_matrix) {
             u[1] = -0.03 * x[0] * x[1];
             u[2] = 0.02 * x[0] * x[1];
         });
-        element_result a = compute_element(*m.assumed, el.pos, 0, &U, 0), b = compute_element(*m.plain, el.pos, 0, &U, 0);
+        element_result a = compute_element(*m.assumed, el.pos, 0, &U, 0),
+                       b = compute_element(*m.plain, el.pos, 0, &U, 0);
         double diff = 0.0;
         for (std::size_t k = 0; k < a.f.size(); ++k) diff = std::max(diff, std::fabs(a.f[k] - b.f[k]));
         EXPECT_GT(diff, 1e-4 * max_abs(b.f)) << membrane;
@@ -449,8 +450,9 @@ TEST(mesh_mitc4, distorted_cantilever_in_plane_bending) {
     const double assumed_regular = cantilever_tip(ctx, true, 0.0) / reference;
     const double plain = cantilever_tip(ctx, false, 0.3) / reference;
     const double assumed = cantilever_tip(ctx, true, 0.3) / reference;
-    std::printf("cantilever tip / beam theory: rectangles plain %.4f assumed %.4f; trapezoids plain %.4f assumed %.4f\n",
-                plain_regular, assumed_regular, plain, assumed);
+    std::printf(
+        "cantilever tip / beam theory: rectangles plain %.4f assumed %.4f; trapezoids plain %.4f assumed %.4f\n",
+        plain_regular, assumed_regular, plain, assumed);
     // flat small strain: the assumed strains are the plain ones, on rectangles and on
     // trapezoids alike (so no gain in in-plane bending); the plain element locks in
     // shear, more so on the trapezoids

@@ -32,7 +32,8 @@ test_mesh make_patch_2d(int n, double h, double distortion, const double* origin
     const unsigned nn = static_cast<unsigned>(m.keys.size());
     m.pos.resize(3, nn);
     for (unsigned i = 0; i < nn; ++i) {
-        const bool interior = m.keys[i][0] > 0 && m.keys[i][0] < m.extent && m.keys[i][1] > 0 && m.keys[i][1] < m.extent;
+        const bool interior =
+            m.keys[i][0] > 0 && m.keys[i][0] < m.extent && m.keys[i][1] > 0 && m.keys[i][1] < m.extent;
         for (int d = 0; d < 2; ++d) {
             const double r = std::sin(12.9898 * m.keys[i][0] + 78.233 * m.keys[i][1] + 11.0 * d);
             const double jitter = interior ? distortion * (r * 43758.5453 - std::floor(r * 43758.5453) - 0.5) * 2 : 0.0;
@@ -47,8 +48,8 @@ bool interior_2d(const test_mesh& m, unsigned i) {
     return m.keys[i][0] > 0 && m.keys[i][0] < m.extent && m.keys[i][1] > 0 && m.keys[i][1] < m.extent;
 }
 
-fem::numerical_model_base make_mesh(fem::context& ctx, const fem::physics_model_base& ph, const dense2D<unsigned int>& conn,
-                                    fem::element_type type) {
+fem::numerical_model_base make_mesh(fem::context& ctx, const fem::physics_model_base& ph,
+                                    const dense2D<unsigned int>& conn, fem::element_type type) {
     fem::numerical_model_base m;
     fem::error_type rc;
     if (ph.get_physics_code() % 1000 == 0) {
@@ -65,8 +66,8 @@ fem::numerical_model_base make_mesh(fem::context& ctx, const fem::physics_model_
 }
 
 // Internal forces of U, assembled on two threads.
-core::DOF_vector internal_forces(core::numerical_model_base& model, const dense2D<double>& pos, const core::DOF_vector& U,
-                                 double* energy = nullptr) {
+core::DOF_vector internal_forces(core::numerical_model_base& model, const dense2D<double>& pos,
+                                 const core::DOF_vector& U, double* energy = nullptr) {
     core::DOF_vector F;
     F.init(U.get_IDs(), 0.0);
     core::vector_assembler<double> va(F, 1.0);
@@ -91,8 +92,10 @@ void planar_patch(bool axi, double distortion) {
     Ptr<core::law_solid_StVenant> law = make_law(E, nu);
     engine_handle h(law.get());
     fem::physics_model_base ph;
-    if (axi) ph = fem::model_axi3d_lin(h);
-    else ph = fem::model_plane_strain_lin(h, 2);
+    if (axi)
+        ph = fem::model_axi3d_lin(h);
+    else
+        ph = fem::model_plane_strain_lin(h, 2);
     ASSERT_TRUE(ph.is_valid());
     const double origin[3] = {axi ? 1.0 : -0.5, 0.25, 0.0};
     test_mesh m = make_patch_2d<Shape>(2, 1.0, distortion, origin);
@@ -164,7 +167,8 @@ TEST(mesh_plane_strain, axis_selects_slots_and_coordinates) {
         pos_yz(1, i) = m.pos(0, i);
         pos_yz(2, i) = m.pos(1, i);
     }
-    fem::numerical_model_base mz = make_mesh(ctx, pz, m.conn, fem::FE_faceQ4), mx = make_mesh(ctx, px, m.conn, fem::FE_faceQ4);
+    fem::numerical_model_base mz = make_mesh(ctx, pz, m.conn, fem::FE_faceQ4),
+                              mx = make_mesh(ctx, px, m.conn, fem::FE_faceQ4);
     element_result rz = compute_element(*mz.engine(), m.pos, 0), rx = compute_element(*mx.engine(), pos_yz, 0);
     ASSERT_EQ(rz.ids.size(), 8u);
     ASSERT_EQ(rx.ids.size(), 8u);
@@ -371,7 +375,8 @@ void membrane_checks(double distortion) {
                     const unsigned node = r.ids[j] / 9, d = r.ids[j] % 9;
                     const double x[3] = {m.pos(0, node), m.pos(1, node), m.pos(2, node)};
                     double u = 0.0;
-                    if (mode < 3) u = d == unsigned(mode) ? 1.0 : 0.0;
+                    if (mode < 3)
+                        u = d == unsigned(mode) ? 1.0 : 0.0;
                     else {
                         double om[3] = {0, 0, 0};
                         om[mode - 3] = 1.0;
@@ -480,7 +485,8 @@ TEST(mesh_rod, stiffness_and_finite_forms) {
     core::DOF_vector U = make_U(pos, [&](const double* x, double* u) {
         for (int d = 0; d < 3; ++d) u[d] = 0.01 * x[d];
     });
-    for (fem::physics_model_base* ph : {static_cast<fem::physics_model_base*>(&pl), static_cast<fem::physics_model_base*>(&pd)}) {
+    for (fem::physics_model_base* ph :
+         {static_cast<fem::physics_model_base*>(&pl), static_cast<fem::physics_model_base*>(&pd)}) {
         fem::numerical_model_base m = make_mesh(ctx, *ph, conn, fem::FE_edge2);
         element_result s = compute_element(*m.engine(), pos, 0, &U, 0);
         for (int d = 0; d < 3; ++d) EXPECT_NEAR(s.f[3 + d], -200.0 * 0.5 * 0.01 * t[d], 1e-12);

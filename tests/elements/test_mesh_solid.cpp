@@ -32,7 +32,8 @@ struct solid_fixture {
             physics = p;
         }
     }
-    fem::numerical_model_base mesh(const dense2D<unsigned int>& conn, fem::element_type type, fem::error_type* rc = nullptr) {
+    fem::numerical_model_base mesh(const dense2D<unsigned int>& conn, fem::element_type type,
+                                   fem::error_type* rc = nullptr) {
         fem::numerical_model_base m;
         fem::error_type e;
         if (physics.get_physics_code() == 4000) {
@@ -44,8 +45,10 @@ struct solid_fixture {
             e = g.init(ctx, physics, conn, type);
             m = g;
         }
-        if (rc) *rc = e;
-        else EXPECT_EQ(e, fem::no_error);
+        if (rc)
+            *rc = e;
+        else
+            EXPECT_EQ(e, fem::no_error);
         return m;
     }
 };
@@ -115,9 +118,11 @@ void patch_test(double distortion) {
     EXPECT_LT(interior_max, 1e-11 * fmax) << "interior nodes are not in equilibrium";
 
     // total energy: 0.5 eps . sig times the volume of the patch (8)
-    EXPECT_NEAR(args.accumulators[0], 0.5 * 8.0 * (eps[0] * sig[0] + eps[1] * sig[1] + eps[2] * sig[2] + eps[3] * sig[3] +
-                                                    eps[4] * sig[4] + eps[5] * sig[5]),
-                1e-9);
+    EXPECT_NEAR(
+        args.accumulators[0],
+        0.5 * 8.0 *
+            (eps[0] * sig[0] + eps[1] * sig[1] + eps[2] * sig[2] + eps[3] * sig[3] + eps[4] * sig[4] + eps[5] * sig[5]),
+        1e-9);
 
     // the same stress at every point
     auto* mesh = dynamic_cast<core::stiff_mesh_base*>(engine);
@@ -143,8 +148,8 @@ TEST(mesh_solid_patch, pyramid5) { patch_test<elfes::pyramid5>(0.3); }
 TEST(mesh_solid_patch, pyramid14) { patch_test<elfes::pyramid14>(0.15); }
 
 // One distorted element: K u equals minus the internal vector of u (the force the
-// element exerts on its nodes; so the packed matrix is the derivative of the forces), the six rigid-body modes are in its null space, and
-// a deformation mode has positive energy.
+// element exerts on its nodes; so the packed matrix is the derivative of the forces), the six rigid-body modes are in
+// its null space, and a deformation mode has positive energy.
 template <class Shape>
 void element_invariants(bool finite) {
     solid_fixture fx(1000.0, 0.25, finite);
@@ -169,7 +174,8 @@ void element_invariants(bool finite) {
             for (std::size_t a = 0; a < n; ++a) {
                 const unsigned node = r.ids[a] / 9, d = r.ids[a] % 9;
                 const double x[3] = {m.pos(0, node), m.pos(1, node), m.pos(2, node)};
-                if (mode < 3) u[a] = d == unsigned(mode) ? 1.0 : 0.0;
+                if (mode < 3)
+                    u[a] = d == unsigned(mode) ? 1.0 : 0.0;
                 else {
                     double om[3] = {0, 0, 0};
                     om[mode - 3] = 1.0;
@@ -288,7 +294,8 @@ TEST(mesh_solid_load, body_force_resultant) {
 TEST(mesh_solid_gnl, rigid_rotation_and_zero_state) {
     for (int shape = 0; shape < 2; ++shape) {
         solid_fixture lin(100.0, 0.3, false), gnl(100.0, 0.3, true);
-        test_mesh m = shape == 0 ? make_patch<elfes::hexa8>(1, 1.0, 0.4, true) : make_patch<elfes::tetra10>(1, 1.0, 0.3, true);
+        test_mesh m =
+            shape == 0 ? make_patch<elfes::hexa8>(1, 1.0, 0.4, true) : make_patch<elfes::tetra10>(1, 1.0, 0.3, true);
         const fem::element_type type = shape == 0 ? fem::FE_hexa8 : fem::FE_tetra10;
         fem::numerical_model_base ml = lin.mesh(m.conn, type), mg = gnl.mesh(m.conn, type);
         ASSERT_TRUE(mg.is_valid());
@@ -501,8 +508,10 @@ TEST(mesh_solid_model, threads_give_the_same_sums) {
         ASSERT_EQ(model.engine()->assemble_matrix(1, args), 0);
         std::vector<double> f(F.begin(), F.end());
         f.push_back(args.accumulators[0]);
-        if (first.empty()) first = f;
-        else EXPECT_TRUE(f == first) << threads << " threads";
+        if (first.empty())
+            first = f;
+        else
+            EXPECT_TRUE(f == first) << threads << " threads";
     }
 }
 

@@ -67,8 +67,7 @@ double det_at(const double (*X)[3], const double* xi) {
     for (unsigned i = 0; i < Shape::nbr_nodes; ++i)
         for (unsigned a = 0; a < D; ++a)
             for (unsigned b = 0; b < D; ++b) J[3 * a + b] += dN[i][a] * X[i][b];
-    return J[0] * (J[4] * J[8] - J[5] * J[7]) - J[1] * (J[3] * J[8] - J[5] * J[6]) +
-           J[2] * (J[3] * J[7] - J[4] * J[6]);
+    return J[0] * (J[4] * J[8] - J[5] * J[7]) - J[1] * (J[3] * J[8] - J[5] * J[6]) + J[2] * (J[3] * J[7] - J[4] * J[6]);
 }
 
 // The cells of an nx x ny x nz box, each of lattice size `step`, every cell whole
@@ -127,8 +126,10 @@ test_mesh make_lattice(int nx, int ny, int nz, int step) {
                 return;
             }
             // mirror the element: swap two corners (and their images)
-            if (flat) std::swap(c[NC == 3 ? 0 : 1], c[NC == 3 ? 1 : 3]);
-            else if (NC == 4) std::swap(c[0], c[1]);
+            if (flat)
+                std::swap(c[NC == 3 ? 0 : 1], c[NC == 3 ? 1 : 3]);
+            else if (NC == 4)
+                std::swap(c[0], c[1]);
             if (NC == 5) std::swap(c[1], c[3]);
             if (NC == 6) std::swap(c[0], c[1]), std::swap(c[3], c[4]);
             if (NC == 8) std::swap(c[1], c[3]), std::swap(c[5], c[7]);
@@ -195,8 +196,11 @@ test_mesh make_patch(int n, double h, double distortion, bool move_boundary = fa
     for (unsigned i = 0; i < nn; ++i)
         for (int d = 0; d < 3; ++d) {
             // a fixed pseudo-random displacement of each lattice point
-            const double r = std::sin(12.9898 * m.keys[i][0] + 78.233 * m.keys[i][1] + 37.719 * m.keys[i][2] + 11.0 * d);
-            const double jitter = (move_boundary || m.interior(i)) ? distortion * (r * 43758.5453 - std::floor(r * 43758.5453) - 0.5) * 2.0 : 0.0;
+            const double r =
+                std::sin(12.9898 * m.keys[i][0] + 78.233 * m.keys[i][1] + 37.719 * m.keys[i][2] + 11.0 * d);
+            const double jitter = (move_boundary || m.interior(i))
+                                      ? distortion * (r * 43758.5453 - std::floor(r * 43758.5453) - 0.5) * 2.0
+                                      : 0.0;
             m.pos(d, i) = (m.keys[i][d] + jitter) * h / 4.0;
         }
     return m;
@@ -229,8 +233,8 @@ struct element_result {
     double at(std::size_t i, std::size_t j) const { return K[i * ids.size() + j]; }
 };
 
-inline element_result compute_element(core::numerical_model_base& model, const dense2D<double>& pos,
-                                      std::uint32_t e, const core::DOF_vector* U = nullptr, int matrix_level = 1) {
+inline element_result compute_element(core::numerical_model_base& model, const dense2D<double>& pos, std::uint32_t e,
+                                      const core::DOF_vector* U = nullptr, int matrix_level = 1) {
     core::assembly_args args;
     args.pos = &pos;
     args.U = U;

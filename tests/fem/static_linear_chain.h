@@ -14,9 +14,9 @@
 #include <orv/fem/stiffness_diag.h>
 #include <orv/fem/stiffness_sym.h>
 
+#include "common/log_capture.h"
 #include "orvmath1/dense2D.h"
 #include "orvmath1/symmetric_full.h"
-#include "common/log_capture.h"
 
 namespace orv {
 namespace static_linear_test {
@@ -41,10 +41,7 @@ struct chain {
     std::vector<fem::numerical_model_base> models;
 
     chain(std::vector<double> ks, unsigned nbr_springs, bool fix_first, std::size_t nbr_cases)
-        : pos(3, std::max(nbr_springs + 1, 5u), 0.0),
-          table(std::max(nbr_springs + 1, 5u), false),
-          comp(ctx),
-          k(ks) {
+        : pos(3, std::max(nbr_springs + 1, 5u), 0.0), table(std::max(nbr_springs + 1, 5u), false), comp(ctx), k(ks) {
         const unsigned nodes = std::max(nbr_springs + 1, 5u);
         for (unsigned j = fix_first ? 1 : 0; j < nodes; ++j) table.set(9ull * j, true);
         for (unsigned j = 0; j < nodes; ++j) pos(0, j) = double(j);
@@ -69,9 +66,7 @@ struct chain {
         for (unsigned i = 1; i <= j; ++i) f += 1.0 / k[i - 1];
         return f;
     }
-    void load(std::size_t c, unsigned node, double P) {
-        problem.get_loads_mgr(c).record_DOF_load(9 * node, P);
-    }
+    void load(std::size_t c, unsigned node, double P) { problem.get_loads_mgr(c).record_DOF_load(9 * node, P); }
     void impose(std::size_t c, unsigned node, double v) {
         problem.get_loads_mgr(c).record_DOF_prescribed_value(9 * node, v);
     }

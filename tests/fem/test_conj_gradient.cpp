@@ -76,7 +76,8 @@ TEST(ConjGradient, ConvergesWithTheFactorAsPreconditioner) {
     EXPECT_GE(c.r.iterations, 2u);
     EXPECT_EQ(c.r.energy, 0.0);
     const std::vector<double> exact = dense_solve(c.K, c.F);
-    for (std::size_t i = 0; i < cg_case::n; ++i) EXPECT_NEAR(c.x[c.pos[i]], exact[i], 1e-9 * std::fabs(exact[i]) + 1e-12);
+    for (std::size_t i = 0; i < cg_case::n; ++i)
+        EXPECT_NEAR(c.x[c.pos[i]], exact[i], 1e-9 * std::fabs(exact[i]) + 1e-12);
     // g holds the last gradient A x - F.
     for (std::size_t i = 0; i < cg_case::n; ++i) EXPECT_NEAR(c.g[i], 0.0, 1e-9);
     ASSERT_GE(log.lines.size(), 3u);
@@ -96,7 +97,8 @@ TEST(ConjGradient, StartsFromAGivenSolution) {
     const std::vector<double> exact = dense_solve(c.K, c.F);
     for (std::size_t i = 0; i < cg_case::n; ++i) c.x[c.pos[i]] = 0.5 * exact[i];
     ASSERT_EQ(c.run(), 0);
-    for (std::size_t i = 0; i < cg_case::n; ++i) EXPECT_NEAR(c.x[c.pos[i]], exact[i], 1e-9 * std::fabs(exact[i]) + 1e-12);
+    for (std::size_t i = 0; i < cg_case::n; ++i)
+        EXPECT_NEAR(c.x[c.pos[i]], exact[i], 1e-9 * std::fabs(exact[i]) + 1e-12);
     EXPECT_EQ(c.op.calls, int(c.r.iterations) + 1);  // the start product A x
 }
 

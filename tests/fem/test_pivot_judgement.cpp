@@ -50,13 +50,15 @@ TEST(PivotJudgement, SignsAndRatiosUnderEachPolicy) {
                        definite = policy(true, false, false);
     const row rows[] = {
         {{4.0, 2.0, 8.0}, none, positive, 0, 0, 0, none},
-        {{1.0, 1e-12}, none, positive, 0, 0, 0, none},        // ratio exactly 1e-12 passes
-        {{1.0, 1e-12}, none, definite, 0, 0, -11, 1},         // strict on magnitudes
+        {{1.0, 1e-12}, none, positive, 0, 0, 0, none},  // ratio exactly 1e-12 passes
+        {{1.0, 1e-12}, none, definite, 0, 0, -11, 1},   // strict on magnitudes
         {{1.0, 0.5e-12}, none, positive, 0, 0, -11, 1},
-        {{1.0, 0.0, 3.0}, 1, positive, orv::fem::error_pivot, orv::fem::error_pivot, 0, 1},     // bad sign: error at the rejected row
-        {{1.0, -2.0, 3.0}, 1, forcing, 0, 0, -11, 1},         // replaced: only a warning
-        {{-1.0, -3.0}, none, definite, 0, 0, 0, none},        // all negative: definite passes
-        {{2.0, 5.0}, none, positive, orv::fem::error_memory, orv::fem::error_memory, 0, none},    // the factorisation's own code
+        {{1.0, 0.0, 3.0}, 1, positive, orv::fem::error_pivot, orv::fem::error_pivot, 0, 1},  // bad sign: error at the
+                                                                                             // rejected row
+        {{1.0, -2.0, 3.0}, 1, forcing, 0, 0, -11, 1},                                        // replaced: only a warning
+        {{-1.0, -3.0}, none, definite, 0, 0, 0, none},  // all negative: definite passes
+        {{2.0, 5.0}, none, positive, orv::fem::error_memory, orv::fem::error_memory, 0, none},  // the factorisation's
+                                                                                                // own code
     };
     for (const row& r : rows) {
         const range g(r.pivots, r.rejected);
@@ -104,15 +106,21 @@ TEST(ParallelFirstError, FirstErrorWinsAndExceptionsBecomeCodes) {
         EXPECT_EQ(parallel_first_error(seen.size(), threads, [&](std::size_t i) { return ++seen[i], 0; }), 0);
         EXPECT_EQ(std::count(seen.begin(), seen.end(), 1), 100);
         // With one thread the items run in order: the first failure is the lowest.
-        const int rc = parallel_first_error(100, threads, [](std::size_t i) { return i == 10 ? -7 : i == 60 ? -8 : 0; });
-        if (threads == 1) EXPECT_EQ(rc, -7);
-        else EXPECT_TRUE(rc == -7 || rc == -8);
-        EXPECT_EQ(parallel_first_error(4, threads, [](std::size_t i) -> int {
-                      if (i == 0) throw std::bad_alloc();
-                      return 0;
-                  }),
+        const int rc = parallel_first_error(100, threads, [](std::size_t i) {
+            return i == 10 ? -7 : i == 60 ? -8 : 0;
+        });
+        if (threads == 1)
+            EXPECT_EQ(rc, -7);
+        else
+            EXPECT_TRUE(rc == -7 || rc == -8);
+        EXPECT_EQ(parallel_first_error(4, threads,
+                                       [](std::size_t i) -> int {
+                                           if (i == 0) throw std::bad_alloc();
+                                           return 0;
+                                       }),
                   orv::fem::error_memory);
-        EXPECT_EQ(parallel_first_error(1, threads, [](std::size_t) -> int { throw std::runtime_error("x"); }), orv::fem::error_internal);
+        EXPECT_EQ(parallel_first_error(1, threads, [](std::size_t) -> int { throw std::runtime_error("x"); }),
+                  orv::fem::error_internal);
     }
     first_error e;
     EXPECT_FALSE(e.set(0));

@@ -226,8 +226,8 @@ TEST(ModalChain, BadInputGetsItsWords) {
         double fmin, fmax, tol;
         unsigned modes;
     };
-    for (const bad& b : {bad{5.0, 1.0, 1e-3, 1}, bad{0.0, 1.0, 0.0, 1}, bad{0.0, 1.0, 1e-3, 0},
-                         bad{-1.0, 0.0, 1e-3, 1}, bad{0.0, NAN, 1e-3, 1}}) {
+    for (const bad& b : {bad{5.0, 1.0, 1e-3, 1}, bad{0.0, 1.0, 0.0, 1}, bad{0.0, 1.0, 1e-3, 0}, bad{-1.0, 0.0, 1e-3, 1},
+                         bad{0.0, NAN, 1e-3, 1}}) {
         solver_modal::settings_type s;
         s.freq_min = b.fmin;
         s.freq_max = b.fmax;
@@ -356,9 +356,9 @@ struct bar {
         for (unsigned i = 0; i < nx; ++i)
             for (unsigned j = 0; j < ny; ++j)
                 for (unsigned k = 0; k < nz; ++k, ++e) {
-                    const unsigned c[8] = {node(i, j, k),     node(i + 1, j, k),     node(i + 1, j + 1, k),
-                                           node(i, j + 1, k), node(i, j, k + 1),     node(i + 1, j, k + 1),
-                                           node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
+                    const unsigned c[8] = {
+                        node(i, j, k),     node(i + 1, j, k),     node(i + 1, j + 1, k),     node(i, j + 1, k),
+                        node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
                     for (unsigned q = 0; q < 8; ++q) conn(q, e) = c[q];
                 }
         fem::law_solid_StVenant law(ctx, E, 0.0, 0.0);

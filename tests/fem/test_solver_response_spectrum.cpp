@@ -77,12 +77,12 @@ TEST(ResponseSpectrum, PeaksOfModes) {
     d.combination = fem::spectrum_combination_cqc();
     run.run(d);
     ASSERT_EQ(d.error_code, 0);
-    EXPECT_DOUBLE_EQ(d.peaks(0, 0), 5.0);                // direction 0, component 0
-    EXPECT_DOUBLE_EQ(d.peaks(0, 2), std::sqrt(73.0));    // direction 1: 3 and 8
-    EXPECT_DOUBLE_EQ(d.peaks(0, 3), std::sqrt(5.0));     // direction 1, component 1: 1 and -2
+    EXPECT_DOUBLE_EQ(d.peaks(0, 0), 5.0);              // direction 0, component 0
+    EXPECT_DOUBLE_EQ(d.peaks(0, 2), std::sqrt(73.0));  // direction 1: 3 and 8
+    EXPECT_DOUBLE_EQ(d.peaks(0, 3), std::sqrt(5.0));   // direction 1, component 1: 1 and -2
     d.frequencies = list({7.0, 7.0});
     run.run(d);
-    EXPECT_DOUBLE_EQ(d.peaks(0, 3), 1.0);                // |1 - 2|
+    EXPECT_DOUBLE_EQ(d.peaks(0, 3), 1.0);  // |1 - 2|
 }
 
 TEST(ResponseSpectrum, CorrectionPseudoModeAndLog) {

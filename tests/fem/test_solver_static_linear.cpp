@@ -16,9 +16,9 @@
 #include <orv/fem/stiffness_diag.h>
 #include <orv/fem/stiffness_sym.h>
 
+#include "fem/static_linear_chain.h"
 #include "orvmath1/dense2D.h"
 #include "orvmath1/symmetric_full.h"
-#include "fem/static_linear_chain.h"
 
 using namespace orv;
 
@@ -67,8 +67,7 @@ TEST(StaticLinear, SpringChainSeveralCases) {
 
     // Flexibilities: u_j = sum over loads P_m * sum_{i <= min(j, m)} 1 / k_i.
     const std::vector<unsigned> IDs = {9, 18, 27, 36};
-    const std::vector<std::vector<std::pair<unsigned, double>>> loads = {
-        {{4, 10.0}}, {{2, 5.0}, {4, -3.0}}, {}};
+    const std::vector<std::vector<std::pair<unsigned, double>>> loads = {{{4, 10.0}}, {{2, 5.0}, {4, -3.0}}, {}};
     for (unsigned c = 0; c < 3; ++c) {
         std::vector<double> u(4, 0.0);
         double energy = 0.0;
@@ -111,7 +110,8 @@ TEST(StaticLinear, ResultsDoNotDependOnThreads) {
         if (reference.empty())
             reference = all;
         else
-            for (std::size_t i = 0; i < all.size(); ++i) EXPECT_NEAR(all[i], reference[i], 1e-14 * std::fabs(reference[i]));
+            for (std::size_t i = 0; i < all.size(); ++i)
+                EXPECT_NEAR(all[i], reference[i], 1e-14 * std::fabs(reference[i]));
     }
 }
 
@@ -119,39 +119,39 @@ TEST(StaticLinear, ResultsDoNotDependOnThreads) {
 // only (kept in Kf, met by the iterative path), loaded by P in case 0.
 TEST(StaticLinear, ImposedEverywhereEliminatedImposedSomewhereKept) {
     for (unsigned use_ALM : {0u, 1u})
-      for (unsigned threads : {1u, 2u}) {
-        chain ch({100.0, 200.0, 400.0, 800.0}, 4, false, 2);
-        ch.ctx.set_max_threads(threads);
-        for (unsigned c = 0; c < 2; ++c) ch.impose(c, 0, 0.01);
-        ch.load(0, 4, 10.0);
-        ch.impose(1, 4, 0.05);
-        solver s;
-        s.settings.use_ALM = use_ALM;
-        s.settings.tol_CG = 1e-10;
-        solver::data_type d(ch.problem);
-        s.run(d);
-        ASSERT_EQ(d.error_code, 0) << d.error_name << " " << d.error_msg;
-        EXPECT_EQ(d.nbr_free_DOFs, 4u);
-        EXPECT_EQ(d.nbr_total_DOFs, 5u);
-        EXPECT_EQ(d.nbr_eliminated_DOFs, 1u);
-        EXPECT_EQ(d.nbr_kept_imposed_DOFs, 1u);
-        EXPECT_EQ(d.U.row_pos(0), 4u);  // the eliminated DOF stands behind the free ones
-        const double total = ch.flexibility(4);
-        std::vector<double> u0(5), u1(5);
-        for (unsigned j = 0; j <= 4; ++j) {
-            u0[j] = 0.01 + 10.0 * ch.flexibility(j);
-            u1[j] = 0.01 + 0.04 * ch.flexibility(j) / total;
+        for (unsigned threads : {1u, 2u}) {
+            chain ch({100.0, 200.0, 400.0, 800.0}, 4, false, 2);
+            ch.ctx.set_max_threads(threads);
+            for (unsigned c = 0; c < 2; ++c) ch.impose(c, 0, 0.01);
+            ch.load(0, 4, 10.0);
+            ch.impose(1, 4, 0.05);
+            solver s;
+            s.settings.use_ALM = use_ALM;
+            s.settings.tol_CG = 1e-10;
+            solver::data_type d(ch.problem);
+            s.run(d);
+            ASSERT_EQ(d.error_code, 0) << d.error_name << " " << d.error_msg;
+            EXPECT_EQ(d.nbr_free_DOFs, 4u);
+            EXPECT_EQ(d.nbr_total_DOFs, 5u);
+            EXPECT_EQ(d.nbr_eliminated_DOFs, 1u);
+            EXPECT_EQ(d.nbr_kept_imposed_DOFs, 1u);
+            EXPECT_EQ(d.U.row_pos(0), 4u);  // the eliminated DOF stands behind the free ones
+            const double total = ch.flexibility(4);
+            std::vector<double> u0(5), u1(5);
+            for (unsigned j = 0; j <= 4; ++j) {
+                u0[j] = 0.01 + 10.0 * ch.flexibility(j);
+                u1[j] = 0.01 + 0.04 * ch.flexibility(j) / total;
+            }
+            const std::vector<unsigned> IDs = {0, 9, 18, 27, 36};
+            expect_column(d, 0, u0, IDs, 1e-12);
+            expect_column(d, 1, u1, IDs, 1e-8);
+            double v = 0.0;
+            d.U.get_val(36, 1, v);
+            EXPECT_EQ(v, 0.05);  // an imposed value stands exactly
+            d.U.get_val(0, 1, v);
+            EXPECT_EQ(v, 0.01);
+            EXPECT_EQ(d.energy[1], 0.0);  // half of U . F, and case 1 has no force
         }
-        const std::vector<unsigned> IDs = {0, 9, 18, 27, 36};
-        expect_column(d, 0, u0, IDs, 1e-12);
-        expect_column(d, 1, u1, IDs, 1e-8);
-        double v = 0.0;
-        d.U.get_val(36, 1, v);
-        EXPECT_EQ(v, 0.05);  // an imposed value stands exactly
-        d.U.get_val(0, 1, v);
-        EXPECT_EQ(v, 0.01);
-        EXPECT_EQ(d.energy[1], 0.0);  // half of U . F, and case 1 has no force
-    }
 }
 
 // A support at the tip by a penalty-mode stiffness_diag, a load at node 2.
@@ -236,10 +236,14 @@ TEST(StaticLinear, SingularModelPivotPolicies) {
         int error, warning;
     };
     const expectation cases[] = {
-        {0.0, false, fem::error_pivot, 0},      {0.0, true, 0, fem::warning_pivot},
-        {1e-13, false, 0, fem::warning_pivot},  {1e-13, true, 0, fem::warning_pivot},
-        {1e-12, false, 0, 0},                   {-2.0, false, fem::error_pivot, 0},
-        {-2.0, true, 0, fem::warning_pivot},    {HUGE_VAL, false, fem::error_pivot, 0},
+        {0.0, false, fem::error_pivot, 0},
+        {0.0, true, 0, fem::warning_pivot},
+        {1e-13, false, 0, fem::warning_pivot},
+        {1e-13, true, 0, fem::warning_pivot},
+        {1e-12, false, 0, 0},
+        {-2.0, false, fem::error_pivot, 0},
+        {-2.0, true, 0, fem::warning_pivot},
+        {HUGE_VAL, false, fem::error_pivot, 0},
         {HUGE_VAL, true, fem::error_pivot, 0},
     };
     for (const expectation& e : cases) {

@@ -21,9 +21,9 @@
 #include <orv/fem/stiffness_diag.h>
 #include <orv/fem/stiffness_sym.h>
 
+#include "fem/static_linear_chain.h"
 #include "orvmath1/dense2D.h"
 #include "orvmath1/symmetric_full.h"
-#include "fem/static_linear_chain.h"
 
 using namespace orv;
 using solver = fem::solver_static_linear;
@@ -43,8 +43,7 @@ struct diagonal {
     fem::stiffness_diag model;
     fem::problem_data problem;
 
-    diagonal(const std::vector<double>& values, const std::vector<unsigned>& ids)
-        : pos(3, 4, 0.0), table(4, false) {
+    diagonal(const std::vector<double>& values, const std::vector<unsigned>& ids) : pos(3, 4, 0.0), table(4, false) {
         dense1D<double> v(values.size());
         dense1D<unsigned int> i(ids.size());
         for (std::size_t a = 0; a < values.size(); ++a) {
@@ -70,7 +69,7 @@ void expect_not_finite_error(const solver::data_type& d) {
 TEST(StaticLinearFaults, NonFiniteLoadsAndImposedValues) {
     struct variant {
         const char* name;
-        bool imposed;    // NaN in an imposed value imposed in all cases, else in a load
+        bool imposed;  // NaN in an imposed value imposed in all cases, else in a load
         unsigned use_ALM;
     };
     for (const variant v : {variant{"load, direct", false, 0}, variant{"imposed, direct", true, 0},

@@ -13,8 +13,8 @@ namespace {
 using settings_type = test_solver::settings_type;
 using data_type = test_solver::data_type;
 
-constexpr orv::core::solver_identity test_identity = {
-    "test_frame_solver", "ORV FEM(R) - TEST FRAME", "tests/test_frame_solver", size_gate_line};
+constexpr orv::core::solver_identity test_identity = {"test_frame_solver", "ORV FEM(R) - TEST FRAME",
+                                                      "tests/test_frame_solver", size_gate_line};
 
 class test_engine : public orv::core::solver_base<settings_type, data_type> {
 public:
@@ -31,8 +31,7 @@ protected:
     void numbering(data_type& data) override { data.nbr_free_DOFs = 12; }
     double& numbering_time(data_type& data) override { return data.time_numbering; }
     void log_sizes(data_type& data) override {
-        log(1, "  Nbr free DOFs          : %10llu\n",
-            static_cast<unsigned long long>(data.nbr_free_DOFs));
+        log(1, "  Nbr free DOFs          : %10llu\n", static_cast<unsigned long long>(data.nbr_free_DOFs));
         log_size(2, "  Size matrix S-modes    : ", 12, settings().size_MB);
     }
     double needed_size(data_type& data) override {
@@ -41,10 +40,8 @@ protected:
     }
 
     void compute(data_type& data) override {
-        step(data, data.time_step1, "Step one                           : %10.2f s.\n",
-             [&] { work(data, 1); });
-        step(data, data.time_step2, "Step two                           : %10.2f s.\n",
-             [&] { work(data, 2); });
+        step(data, data.time_step1, "Step one                           : %10.2f s.\n", [&] { work(data, 1); });
+        step(data, data.time_step2, "Step two                           : %10.2f s.\n", [&] { work(data, 2); });
     }
 
     void clear_unkept(data_type& data) override {
@@ -78,12 +75,8 @@ void test_solver::data_type::clear_data_out() {
 
 ORV_FEM_HANDLE_IMPL(test_solver, solver_base, orv::core::solver_root)
 
-test_solver::test_solver() : settings() {
-    set_w(static_cast<orv::ref_counted*>(new test_engine(&settings)));
-}
+test_solver::test_solver() : settings() { set_w(static_cast<orv::ref_counted*>(new test_engine(&settings))); }
 
-void test_solver::run(data_type& data) {
-    static_cast<test_engine*>(engine())->run(data, data.ctx);
-}
+void test_solver::run(data_type& data) { static_cast<test_engine*>(engine())->run(data, data.ctx); }
 
 }  // namespace frame_test

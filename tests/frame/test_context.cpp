@@ -141,20 +141,17 @@ TEST(Context, UnusableFolderGives151AndNoBudget) {
     EXPECT_EQ(ctx.get_max_incore_size(), 0ull);
     // memory_management is the same operation.
     EXPECT_EQ(ctx.memory_management(10, missing.c_str(), nullptr), orv::fem::error_temp_file);
-    EXPECT_EQ(ctx.memory_management(10, tmp.path.c_str(), "nosuchdir/x"),
-              orv::fem::error_temp_file);
+    EXPECT_EQ(ctx.memory_management(10, tmp.path.c_str(), "nosuchdir/x"), orv::fem::error_temp_file);
     // A regular file is not a folder.
     EXPECT_EQ(ctx.set_max_incore_size(10, "/etc/hostname", nullptr), orv::fem::error_temp_file);
     // A path that does not fit the 256-character buffer.
     const std::string long_prefix(300, 'p');
-    EXPECT_EQ(ctx.set_max_incore_size(10, tmp.path.c_str(), long_prefix.c_str()),
-              orv::fem::error_temp_file);
+    EXPECT_EQ(ctx.set_max_incore_size(10, tmp.path.c_str(), long_prefix.c_str()), orv::fem::error_temp_file);
     EXPECT_EQ(ctx.engine()->OOC(), nullptr);
     // A folder without write permission (root ignores permissions: skip then).
     if (geteuid() != 0) {
         ASSERT_EQ(chmod(tmp.path.c_str(), 0500), 0);
-        EXPECT_EQ(ctx.set_max_incore_size(10, tmp.path.c_str(), nullptr),
-                  orv::fem::error_temp_file);
+        EXPECT_EQ(ctx.set_max_incore_size(10, tmp.path.c_str(), nullptr), orv::fem::error_temp_file);
         chmod(tmp.path.c_str(), 0700);
     }
 }

@@ -251,8 +251,9 @@ TEST(RunFrame, ExceptionsBecomeErrorCodes) {
         int code;
         const char* name;
     };
-    const expectation cases[] = {
-        {1, orv::fem::error_memory, "MEMORY ERROR"}, {2, orv::fem::error_internal, "INTERNAL ERROR"}, {3, orv::fem::error_internal, "INTERNAL ERROR"}};
+    const expectation cases[] = {{1, orv::fem::error_memory, "MEMORY ERROR"},
+                                 {2, orv::fem::error_internal, "INTERNAL ERROR"},
+                                 {3, orv::fem::error_internal, "INTERNAL ERROR"}};
     for (const auto& c : cases) {
         test_solver solver;
         log_capture cap;
@@ -311,7 +312,7 @@ TEST(RunFrame, RunKeepsItsObjectsAliveWhenAHookDropsThem) {
         EXPECT_FALSE(solver.is_valid());
         EXPECT_FALSE(data.ctx.is_valid());
         EXPECT_FALSE(data.error_raised());
-        EXPECT_EQ(data.steps_run, 2);  // the run went on to the end
+        EXPECT_EQ(data.steps_run, 2);                 // the run went on to the end
         EXPECT_EQ(frame_test::engines_destroyed, 1);  // and released the engine after
     }
     EXPECT_EQ(frame_test::engines_destroyed, 1);
@@ -349,8 +350,7 @@ TEST(RunFrame, SizeLines) {
     orv::core::log_size_line(s, 2, "  Size matrix Z          : ", 7, 1.5, "complexes");
     ASSERT_EQ(cap.lines.size(), 4u);
     EXPECT_EQ(cap.lines[0].second, "  Size matrix Ks         :       1234 doubles (0.01 MB)\n");
-    EXPECT_EQ(cap.lines[1].second,
-              "  Size matrix Kf         : 2305843009213693950 doubles (1.00 MB)\n");
+    EXPECT_EQ(cap.lines[1].second, "  Size matrix Kf         : 2305843009213693950 doubles (1.00 MB)\n");
     EXPECT_EQ(cap.lines[2].second, "  Size matrix Kf         : more than 17179869184.00 GB !\n");
     EXPECT_EQ(cap.lines[3].second, "  Size matrix Z          :          7 complexes (1.50 MB)\n");
     EXPECT_EQ(cap.lines[2].first, 2u);

@@ -78,7 +78,8 @@ void check_order(const mesh& m, const element_block& b, unsigned nbr, const doub
             measure = std::sqrt(n0 * n0 + n1 * n1 + n2 * n2);
         }
         if (Corner::dim == 3)
-            measure = J[0][0] * (J[1][1] * J[2][2] - J[1][2] * J[2][1]) - J[0][1] * (J[1][0] * J[2][2] - J[1][2] * J[2][0]) +
+            measure = J[0][0] * (J[1][1] * J[2][2] - J[1][2] * J[2][1]) -
+                      J[0][1] * (J[1][0] * J[2][2] - J[1][2] * J[2][0]) +
                       J[0][2] * (J[1][0] * J[2][1] - J[1][1] * J[2][0]);
         ASSERT_GT(measure, 0.0) << b.label << " element " << e;
     }

@@ -39,10 +39,20 @@ TEST(ReadDeck, EveryTypeInTheLibraryOrder) {
         {"C3D6", FE_wedge6, wedge, {}},
         {"C3D15", FE_wedge15, wedge, {{1, 2}, {2, 3}, {3, 1}, {4, 5}, {5, 6}, {6, 4}, {1, 4}, {2, 5}, {3, 6}}},
         {"C3D8", FE_hexa8, hex, {}},
-        {"C3D20", FE_hexa20, hex, {{1, 2}, {2, 3}, {3, 4}, {4, 1}, {5, 6}, {6, 7}, {7, 8}, {8, 5}, {1, 5}, {2, 6}, {3, 7}, {4, 8}}},
-        {"c3d20r", FE_hexa20, hex, {{1, 2}, {2, 3}, {3, 4}, {4, 1}, {5, 6}, {6, 7}, {7, 8}, {8, 5}, {1, 5}, {2, 6}, {3, 7}, {4, 8}}},
-        {"CPS3", FE_faceT3, tri, {}},  {"CPE6", FE_faceT6, tri, tri6},  {"CAX4", FE_faceQ4, quad, {}},
-        {"S8", FE_faceQ8, quad, quad8}, {"S6", FE_faceT6, tri, tri6},    {"T3D2", FE_edge2, bar, {}},
+        {"C3D20",
+         FE_hexa20,
+         hex,
+         {{1, 2}, {2, 3}, {3, 4}, {4, 1}, {5, 6}, {6, 7}, {7, 8}, {8, 5}, {1, 5}, {2, 6}, {3, 7}, {4, 8}}},
+        {"c3d20r",
+         FE_hexa20,
+         hex,
+         {{1, 2}, {2, 3}, {3, 4}, {4, 1}, {5, 6}, {6, 7}, {7, 8}, {8, 5}, {1, 5}, {2, 6}, {3, 7}, {4, 8}}},
+        {"CPS3", FE_faceT3, tri, {}},
+        {"CPE6", FE_faceT6, tri, tri6},
+        {"CAX4", FE_faceQ4, quad, {}},
+        {"S8", FE_faceQ8, quad, quad8},
+        {"S6", FE_faceT6, tri, tri6},
+        {"T3D2", FE_edge2, bar, {}},
         {"B31", FE_edge2, bar, {}},
         {"B32", FE_edge3, bar, {}},  // its middle node is written between the ends below
     };
@@ -57,7 +67,8 @@ TEST(ReadDeck, EveryTypeInTheLibraryOrder) {
         }
         if (std::string(d.type) == "B32") x.insert(x.begin() + 1, {1.0, 0.5, 0.0});
         deck += "*NODE\n";
-        for (const auto& p : x) deck += std::to_string(node++) + ", " + number(p[0]) + ", " + number(p[1]) + ", " + number(p[2]) + "\n";
+        for (const auto& p : x)
+            deck += std::to_string(node++) + ", " + number(p[0]) + ", " + number(p[1]) + ", " + number(p[2]) + "\n";
         deck += std::string("*Element, Type=") + d.type + "\n" + std::to_string(id++);
         for (std::size_t i = 0; i < x.size(); ++i)  // 15 nodes on a line at most, then a continuation
             deck += (i == 15 ? ",\n" : ", ") + std::to_string(node - x.size() + i);
@@ -124,7 +135,8 @@ TEST(ReadDeck, BadDecksAreLocatedAndChangeNothing) {
         {"*NODE\n1, 0\n*NSET, NSET=A\nB\n", error_data, "line 4: unknown set B"},
         {"*NODE\n1, 0\n*NSET, NSET=A, GENERATE\n5, 1\n", error_data, "line 4: empty GENERATE range"},
         {"*NODE\n1, 0\n*ELSET, ELSET=A\n3\n", error_connectivity, "line 4: unknown element 3"},
-        {"*INCLUDE, INPUT=absent.inp\n", error_file, "line 1: " + path.substr(0, path.rfind('/') + 1) + "absent.inp cannot be read"},
+        {"*INCLUDE, INPUT=absent.inp\n", error_file,
+         "line 1: " + path.substr(0, path.rfind('/') + 1) + "absent.inp cannot be read"},
         {"*INCLUDE, INPUT=" + inner_name + "\n", error_data, inner + ", line 3: bad coordinate zero"},
         {"*INCLUDE, INPUT=" + path.substr(path.rfind('/') + 1) + "\n", error_data, "nested too deeply"},
     };

@@ -23,11 +23,11 @@ TEST(ReadMsh, EveryShapeInTheLibraryOrder) {
         std::size_t nbr_elements;
     };
     const case_type cases[] = {
-        {"cube_tet4.msh", FE_tetra4, 0},     {"cube_tet10.msh", FE_tetra10, 0},  {"hex8.msh", FE_hexa8, 2},
-        {"hex20.msh", FE_hexa20, 2},         {"hex27_bin.msh", FE_hexa27, 2},    {"wedge6.msh", FE_wedge6, 2},
-        {"wedge15.msh", FE_wedge15, 2},      {"wedge18.msh", FE_wedge18, 2},     {"hybrid.msh", FE_pyramid5, 1},
-        {"hybrid13.msh", FE_pyramid13, 1},   {"hybrid14_bin.msh", FE_pyramid14, 1}, {"square2.msh", FE_faceT6, 0},
-        {"square2.msh", FE_faceQ9, 1},       {"square8.msh", FE_faceQ8, 1},      {"square2.msh", FE_edge3, 1},
+        {"cube_tet4.msh", FE_tetra4, 0},   {"cube_tet10.msh", FE_tetra10, 0},     {"hex8.msh", FE_hexa8, 2},
+        {"hex20.msh", FE_hexa20, 2},       {"hex27_bin.msh", FE_hexa27, 2},       {"wedge6.msh", FE_wedge6, 2},
+        {"wedge15.msh", FE_wedge15, 2},    {"wedge18.msh", FE_wedge18, 2},        {"hybrid.msh", FE_pyramid5, 1},
+        {"hybrid13.msh", FE_pyramid13, 1}, {"hybrid14_bin.msh", FE_pyramid14, 1}, {"square2.msh", FE_faceT6, 0},
+        {"square2.msh", FE_faceQ9, 1},     {"square8.msh", FE_faceQ8, 1},         {"square2.msh", FE_edge3, 1},
         {"line4.msh", FE_edge4, 3},
     };
     for (const case_type& c : cases) {
@@ -104,7 +104,8 @@ void check_truncations(const std::string& name) {
         const error_type code = read_msh(path.c_str(), m, &error);
         ASSERT_NE(code, no_error) << name << " cut at " << length;
         ASSERT_TRUE(is_sentinel(m)) << name << " cut at " << length;
-        const bool located = error.text.find(", line ") != std::string::npos || error.text.find(", byte ") != std::string::npos;
+        const bool located =
+            error.text.find(", line ") != std::string::npos || error.text.find(", byte ") != std::string::npos;
         ASSERT_TRUE(located && error.text.find(path) == 0) << length << ": " << error.text;
     }
     spit(path, full.substr(0, valid_from));

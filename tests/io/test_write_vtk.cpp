@@ -102,12 +102,50 @@ TEST(WriteVtk, CellsFieldsAndNodeOrdersReadBack) {
     };
     const std::vector<layout> layouts = {
         {4, {{0, 1}, {1, 2}, {0, 2}, {0, 3}, {1, 3}, {2, 3}}, 0, 1, 2, 3, 1},
-        {6, {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}, {0, 1, 4, 3}, {1, 2, 5, 4}, {2, 0, 3, 5}},
-         0, 1, 2, 3, -1},
+        {6,
+         {{0, 1},
+          {1, 2},
+          {2, 0},
+          {3, 4},
+          {4, 5},
+          {5, 3},
+          {0, 3},
+          {1, 4},
+          {2, 5},
+          {0, 1, 4, 3},
+          {1, 2, 5, 4},
+          {2, 0, 3, 5}},
+         0,
+         1,
+         2,
+         3,
+         -1},
         {5, {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {0, 4}, {1, 4}, {2, 4}, {3, 4}}, 0, 1, 3, 4, 1},
-        {8, {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6}, {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7},
-             {0, 3, 7, 4}, {1, 2, 6, 5}, {0, 1, 5, 4}, {3, 2, 6, 7}, {0, 1, 2, 3}, {4, 5, 6, 7}, {0, 1, 2, 3, 4, 5, 6, 7}},
-         0, 1, 3, 4, 1},
+        {8,
+         {{0, 1},
+          {1, 2},
+          {2, 3},
+          {3, 0},
+          {4, 5},
+          {5, 6},
+          {6, 7},
+          {7, 4},
+          {0, 4},
+          {1, 5},
+          {2, 6},
+          {3, 7},
+          {0, 3, 7, 4},
+          {1, 2, 6, 5},
+          {0, 1, 5, 4},
+          {3, 2, 6, 7},
+          {0, 1, 2, 3},
+          {4, 5, 6, 7},
+          {0, 1, 2, 3, 4, 5, 6, 7}},
+         0,
+         1,
+         3,
+         4,
+         1},
     };
     for (std::size_t c = 0; c < layouts.size(); ++c) {
         const std::int64_t* cell = connectivity.data() + (c == 0 ? 0 : offsets[c - 1]);
@@ -140,7 +178,8 @@ TEST(WriteVtk, SeriesOfFramesAndBadInput) {
         EXPECT_NE(pvd.find(std::string("timestep=\"") + times[k] + "\" group=\"\" part=\"0\" file=\"" + name),
                   std::string::npos)
             << pvd;
-        EXPECT_EQ(values<double>(appended_arrays(slurp(base + "_000" + std::to_string(k) + ".vtu"))["T"])[5], double(k));
+        EXPECT_EQ(values<double>(appended_arrays(slurp(base + "_000" + std::to_string(k) + ".vtu"))["T"])[5],
+                  double(k));
         std::remove((base + "_000" + std::to_string(k) + ".vtu").c_str());
     }
     std::remove((base + ".pvd").c_str());
@@ -174,7 +213,8 @@ TEST(WriteVtk, ResultsMatrixGivesOneFramePerColumn) {
     const vtk_frame& f = frames[2];
     EXPECT_EQ(f.value, 2.0);
     ASSERT_EQ(f.point_data.size(), 3u);
-    EXPECT_EQ(f.point_data[0].name + "|" + f.point_data[1].name + "|" + f.point_data[2].name, "U|U rotation|U temperature");
+    EXPECT_EQ(f.point_data[0].name + "|" + f.point_data[1].name + "|" + f.point_data[2].name,
+              "U|U rotation|U temperature");
     EXPECT_EQ(f.point_data[0].values.cols(), 3u);
     EXPECT_EQ(f.point_data[0].values(1, 0), 101.0);
     EXPECT_EQ(f.point_data[0].values(0, 1), 0.0);

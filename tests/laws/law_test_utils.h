@@ -41,8 +41,7 @@ bool positive_definite(const orv::symmetric_fixed<double, N>& D) {
 
 // y = D x with the full symmetric matrix, the plain way.
 template <std::size_t N>
-orv::vector_fixed<double, N> times(const orv::symmetric_fixed<double, N>& D,
-                                   const orv::vector_fixed<double, N>& x) {
+orv::vector_fixed<double, N> times(const orv::symmetric_fixed<double, N>& D, const orv::vector_fixed<double, N>& x) {
     orv::vector_fixed<double, N> y;
     for (std::size_t i = 0; i < N; ++i)
         for (std::size_t j = 0; j < N; ++j) y[i] += D(i, j) * x[j];

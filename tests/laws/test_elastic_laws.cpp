@@ -70,16 +70,14 @@ symmetric_fixed<double, 3> rotate_to_global(const mat3& R, const symmetric_fixed
     return G;
 }
 
-dense1D<double> orthotropic_data(double E1, double E2, double E3, double nu12, double nu13,
-                                 double nu23, double G12, double G13, double G23, double a1 = 0,
-                                 double a2 = 0, double a3 = 0) {
+dense1D<double> orthotropic_data(double E1, double E2, double E3, double nu12, double nu13, double nu23, double G12,
+                                 double G13, double G23, double a1 = 0, double a2 = 0, double a3 = 0) {
     return values({E1, E2, E3, nu12, nu13, nu23, G12, G13, G23, 0, 0, 0, 0, 0, 0, a1, a2, a3});
 }
 
 void expect_sym_near(const sym6& A, const sym6& B, double tolerance) {
     for (std::size_t i = 0; i < 6; ++i)
-        for (std::size_t j = 0; j <= i; ++j)
-            EXPECT_NEAR(A(i, j), B(i, j), tolerance) << "(" << i << ", " << j << ")";
+        for (std::size_t j = 0; j <= i; ++j) EXPECT_NEAR(A(i, j), B(i, j), tolerance) << "(" << i << ", " << j << ")";
 }
 
 TEST(law_solid_StVenant, lame_closed_form) {
@@ -185,9 +183,8 @@ TEST(law_solid_laws, tangents_symmetric_positive_and_energy) {
     core::law_solid_orthotropic ortho;
     ASSERT_EQ(ortho.init(orthotropic_data(150000, 9000, 8000, 0.3, 0.28, 0.45, 5000, 4800, 3100)), 0);
     // A skyline with a full matrix: an SPD matrix with couplings to the shears.
-    const double M[6][6] = {{10, 2, 1, 0.5, 0, 0.1}, {2, 9, 1.5, 0, 0.3, 0},
-                            {1, 1.5, 8, 0.2, 0, 0.4},  {0.5, 0, 0.2, 4, 0.1, 0},
-                            {0, 0.3, 0, 0.1, 3, 0.2},  {0.1, 0, 0.4, 0, 0.2, 5}};
+    const double M[6][6] = {{10, 2, 1, 0.5, 0, 0.1},  {2, 9, 1.5, 0, 0.3, 0},   {1, 1.5, 8, 0.2, 0, 0.4},
+                            {0.5, 0, 0.2, 4, 0.1, 0}, {0, 0.3, 0, 0.1, 3, 0.2}, {0.1, 0, 0.4, 0, 0.2, 5}};
     dense1D<double> packed;
     for (std::size_t j = 0; j < 6; ++j)
         for (std::size_t i = 0; i <= j; ++i) packed.push_back(M[i][j]);
@@ -230,8 +227,7 @@ TEST(law_solid_laws, tangents_symmetric_positive_and_energy) {
         for (std::size_t j = 0; j < 6; ++j) EXPECT_EQ(D(i, j), M[i][j]);
 
     // Partial skyline: column heights 1, 1, 2, 1, 2, 1 leave the other terms 0.
-    ASSERT_EQ(sky.init(vector_fixed<unsigned, 6>{1, 1, 2, 1, 2, 1},
-                       values({1, 2, 0.5, 3, 4, 0.25, 5, 6, 0, 0, 0})), 0);
+    ASSERT_EQ(sky.init(vector_fixed<unsigned, 6>{1, 1, 2, 1, 2, 1}, values({1, 2, 0.5, 3, 4, 0.25, 5, 6, 0, 0, 0})), 0);
     ASSERT_EQ(sky.get_D(any_point, D), 0);
     EXPECT_EQ(D(0, 0), 1.0);
     EXPECT_EQ(D(1, 1), 2.0);
@@ -250,8 +246,8 @@ TEST(law_solid_laws, thermal_strain_free_expansion_gives_no_stress) {
     core::law_solid_StVenant iso;
     ASSERT_EQ(iso.init(values({210000.0, 0.3, 1.2e-5})), 0);
     core::law_solid_orthotropic ortho;
-    ASSERT_EQ(ortho.init(orthotropic_data(150000, 9000, 8000, 0.3, 0.28, 0.45, 5000, 4800, 3100,
-                                          -1e-6, 3e-5, 2.5e-5)), 0);
+    ASSERT_EQ(ortho.init(orthotropic_data(150000, 9000, 8000, 0.3, 0.28, 0.45, 5000, 4800, 3100, -1e-6, 3e-5, 2.5e-5)),
+              0);
     struct probe {
         const core::law_solid_stiff* law;
         double a[3];
@@ -295,8 +291,7 @@ TEST(law_solid_orthotropic, rotated_basis_stress_transforms_as_a_tensor) {
     const double E1 = 150000, E2 = 9000, E3 = 8000, nu12 = 0.3, nu13 = 0.28, nu23 = 0.45;
     const double G12 = 5000, G13 = 4800, G23 = 3100;
     fem::law_solid_orthotropic in_quarter(ctx);
-    ASSERT_EQ(in_quarter.init(orthotropic_data(E1, E2, E3, nu12, nu13, nu23, G12, G13, G23), bases,
-                              quarter), 0);
+    ASSERT_EQ(in_quarter.init(orthotropic_data(E1, E2, E3, nu12, nu13, nu23, G12, G13, G23), bases, quarter), 0);
     EXPECT_EQ(in_quarter.basis_ID(), quarter);
     // The same material described in the global axes: 1 <-> 2 swapped.
     const double nu21 = nu12 * E2 / E1;
@@ -341,8 +336,7 @@ TEST(law_solid_orthotropic, rotated_basis_stress_transforms_as_a_tensor) {
     for (std::size_t i = 0; i < 6; ++i) EXPECT_NEAR(rotated[i], plain[i], 1e-7) << i;
 
     // A cylindrical basis: the frame follows the point.
-    const unsigned cyl = bases.create_cylindrical(vector_fixed<double, 3>{0, 0, 0},
-                                                  vector_fixed<double, 3>{0, 0, 1});
+    const unsigned cyl = bases.create_cylindrical(vector_fixed<double, 3>{0, 0, 0}, vector_fixed<double, 3>{0, 0, 1});
     fem::law_solid_orthotropic in_cyl(ctx);
     ASSERT_EQ(in_cyl.init(orthotropic_data(E1, E2, E3, nu12, nu13, nu23, G12, G13, G23), bases, cyl), 0);
     ASSERT_TRUE(in_cyl.engine()->get_material_frame(vector_fixed<double, 3>{0, 5, 0}, R));
@@ -408,8 +402,8 @@ TEST(law_membrane, plane_stress_closed_form_and_orthotropic_limits) {
     const double e22 = s * s * e[0] + c * c * e[1] - c * s * e[2];
     const double g12 = -2 * c * s * e[0] + 2 * c * s * e[1] + (c * c - s * s) * e[2];
     const double d = 1 - nu12 * nu12 * E2 / E1;
-    const double material_energy = 0.5 * (E1 / d * e11 * e11 + 2 * nu12 * E2 / d * e11 * e22 +
-                                          E2 / d * e22 * e22 + G12 * g12 * g12);
+    const double material_energy =
+        0.5 * (E1 / d * e11 * e11 + 2 * nu12 * E2 / d * e11 * e22 + E2 / d * e22 * e22 + G12 * g12 * g12);
     vector_fixed<double, 3> force;
     ASSERT_EQ(ortho.compute(any_point, e, Do, force, energy, nullptr, 0), 0);
     EXPECT_NEAR(energy, material_energy, 1e-12);
@@ -473,8 +467,7 @@ TEST(law_shell, blocks_of_the_stiffness_and_orthotropic_limit) {
     // Orthotropic with equal constants and 5/6 G shear stiffness: the same law.
     const double G = E / 2.5;
     core::law_shell_orthotropic ortho;
-    ASSERT_EQ(ortho.init(values({E, E, nu, G, 40.0, 1e-5, 1e-5, 0, 0, 0, 0, 0, 5.0 / 6.0 * G,
-                                 5.0 / 6.0 * G, t})), 0);
+    ASSERT_EQ(ortho.init(values({E, E, nu, G, 40.0, 1e-5, 1e-5, 0, 0, 0, 0, 0, 5.0 / 6.0 * G, 5.0 / 6.0 * G, t})), 0);
     symmetric_fixed<double, 8> Do;
     ASSERT_EQ(ortho.get_D(any_point, Do), 0);
     ASSERT_EQ(shell.get_D(any_point, D), 0);
@@ -577,8 +570,8 @@ TEST(law_solid_orthotropic, parallel_evaluation_matches_serial) {
     ASSERT_EQ(law.init(orthotropic_data(150000, 9000, 8000, 0.3, 0.28, 0.45, 5000, 4800, 3100)), 0);
     for (unsigned e = 0; e < 64; e += 3)
         ASSERT_EQ(law.set_element_by_element(e, core::law_all_points,
-                                             orthotropic_data(1000.0 + e, 900, 800, 0.3, 0.2, 0.1,
-                                                              300, 200, 100)), 0);
+                                             orthotropic_data(1000.0 + e, 900, 800, 0.3, 0.2, 0.1, 300, 200, 100)),
+                  0);
     const int n = 2000;
     auto run = [&](int threads) {
         std::vector<double> out(static_cast<std::size_t>(n) * 7);

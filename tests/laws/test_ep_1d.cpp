@@ -50,9 +50,9 @@ void expect_cycle(const Law& law) {
     const double E = 200.0, ET = 20.0;
     const struct {
         double e, s, tangent;
-    } path[] = {{0.005, 1.0, E},      {0.02, 2.2, ET},   {0.03, 2.4, ET},
-                {0.02, 0.4, E},       {0.01, -1.6, E},   {-0.01, -2.4 - ET * 0.016, ET},
-                {-0.03, -3.12, ET},   {-0.02, -1.12, E}, {0.0, 2.88, E}};
+    } path[] = {{0.005, 1.0, E},    {0.02, 2.2, ET},   {0.03, 2.4, ET},
+                {0.02, 0.4, E},     {0.01, -1.6, E},   {-0.01, -2.4 - ET * 0.016, ET},
+                {-0.03, -3.12, ET}, {-0.02, -1.12, E}, {0.0, 2.88, E}};
     for (const auto& pt : path) {
         const result r = eval(law, pt.e, core::law_commit);
         ASSERT_EQ(r.rc, 0);

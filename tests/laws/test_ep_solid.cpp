@@ -77,11 +77,13 @@ TEST(EpSolid, UniaxialStrainPathFollowsTheClosedForm) {
     struct point {
         double e, ep, p;
         int sign;  // 0 elastic, +-1 on the yield surface in tension / compression
-    } path[] = {
-        {0.004, 0.0, 0.0, 0},  {0.01, (2.0 * G * 0.01 - SY) / (3.0 * G + H), 0, 1},
-        {0.02, p1, p1, 1},     {0.012, p1, p1, 0},
-        {0.006, p1, p1, 0},    {-0.02, 2.0 * p1 - p2, p2, -1},
-        {-0.01, 2.0 * p1 - p2, p2, 0}};
+    } path[] = {{0.004, 0.0, 0.0, 0},
+                {0.01, (2.0 * G * 0.01 - SY) / (3.0 * G + H), 0, 1},
+                {0.02, p1, p1, 1},
+                {0.012, p1, p1, 0},
+                {0.006, p1, p1, 0},
+                {-0.02, 2.0 * p1 - p2, p2, -1},
+                {-0.01, 2.0 * p1 - p2, p2, 0}};
     path[1].p = path[1].ep;
     for (const point& pt : path) {
         const result r = eval(*law, uniaxial(pt.e), core::law_commit);
@@ -144,8 +146,8 @@ TEST(EpSolid, HardeningCurvesOnAMonotonicPath) {
     // hand: (p, y) = (0, 2), (0.0075, 2.5), (0.036, 2.8); slopes 200/3, 10/0.95, then 0.
     const double pt[] = {0.005, 0.02, 0.06};
     const double yt[] = {2.0 + 0.005 * 200.0 / 3.0, 2.5 + 0.0125 * 10.0 / 0.95, 2.8};
-    expect_curve(*make<core::law_solid_ep_piecewise_linear>({E, nu, 0.0, 0.01, 0.02, 0.05, 200.0, 50.0, 10.0}), pt,
-                 yt, 3);
+    expect_curve(*make<core::law_solid_ep_piecewise_linear>({E, nu, 0.0, 0.01, 0.02, 0.05, 200.0, 50.0, 10.0}), pt, yt,
+                 3);
 }
 
 // From a committed plastic state, a strain increment with shear: the consistent
@@ -225,8 +227,8 @@ TEST(EpSolid, BadDataAreRefusedOrStayElastic) {
     ASSERT_EQ(core::isotropic_D(E, nu, De), 0);
     const vec6 e{0.05, -0.01, 0.02, 0.03, 0.0, 0.01};
     const vec6 elastic = law_test::times(De, e);
-    std::initializer_list<double> unusable[] = {{E, nu, 0.0, 50.0, 0.0},   {E, nu, 0.0, 50.0, -1.0},
-                                                {E, nu, 0.0, 300.0, 1.0},  {E, nu, 0.0, -5.0, 1.0}};
+    std::initializer_list<double> unusable[] = {
+        {E, nu, 0.0, 50.0, 0.0}, {E, nu, 0.0, 50.0, -1.0}, {E, nu, 0.0, 300.0, 1.0}, {E, nu, 0.0, -5.0, 1.0}};
     for (const auto& d : unusable) {
         fem::law_solid_ep_perfect h(ctx, values(d));
         EXPECT_FALSE(h.curve_valid());

@@ -232,8 +232,7 @@ TEST(law_element_data, many_entries_survive_growth) {
     EXPECT_TRUE(law.reserve_elements(3));
     // Keys chosen to collide on the hash 3 e + 5 p as well as spread.
     for (unsigned e = 0; e < 500; ++e) {
-        ASSERT_EQ(law.set_element_by_element(e, e % 3 == 0 ? 0u : core::law_all_points,
-                                             values({2.0 + e})), 0);
+        ASSERT_EQ(law.set_element_by_element(e, e % 3 == 0 ? 0u : core::law_all_points, values({2.0 + e})), 0);
     }
     EXPECT_EQ(law.nbr_element_data(), 500u);
     for (unsigned e = 0; e < 500; ++e) {
@@ -301,8 +300,7 @@ TEST(law_handles, sharing_narrowing_and_constructors) {
     EXPECT_EQ(root.init(values({1.0})), -1);
     EXPECT_TRUE(a.get_data().empty());
 
-    fem::law_solid_skyline sky(ctx, orv::vector_fixed<unsigned, 6>{1, 1, 1, 1, 1, 1},
-                               dense1D<double>(9, 2.0));
+    fem::law_solid_skyline sky(ctx, orv::vector_fixed<unsigned, 6>{1, 1, 1, 1, 1, 1}, dense1D<double>(9, 2.0));
     EXPECT_EQ(sky.get_data().size(), 9u);
     double lo = 0.0, hi = 0.0;
     sky.get_limits(lo, hi);

@@ -63,8 +63,7 @@ struct mesh_matrix {
         for (std::size_t d = 0; d < n; ++d) all[d] = unsigned(d);
         vector_fast<unsigned int> free_DOFs(all.data(), all.data() + n);
         numbering_output out;
-        EXPECT_EQ(number_free_DOFs(gptr, gids, free_DOFs, out, false, numbering_nested_dissection_postordered, 24),
-                  0);
+        EXPECT_EQ(number_free_DOFs(gptr, gids, free_DOFs, out, false, numbering_nested_dissection_postordered, 24), 0);
         blocks = out.blocks;
         pos.resize(n);
         for (std::size_t d = 0; d < n; ++d) pos[d] = free_DOFs.find(unsigned(d));
@@ -173,7 +172,6 @@ TEST(FactorDeterminism, ParallelSingleVectorSweepsMatchSerialOnes) {
     EXPECT_TRUE(same_bits(f1, f2));
     // The columns of a multi-vector solve are those of the single-vector one.
     for (std::size_t i = 0; i < b.size(); ++i) EXPECT_NEAR(r.y[i], x2[i], 1e-12 * (1 + std::fabs(x2[i])));
-
 }
 
 TEST(FactorDeterminism, LongDotHasTheSameBitsForAnyThreadCount) {

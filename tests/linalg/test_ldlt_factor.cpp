@@ -66,17 +66,17 @@ TEST_P(LdltRandom, MatchesDenseReferenceForEveryPolicyAndThreadCount) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Matrices, LdltRandom,
-    ::testing::Values(factor_case{1, 0.0, false, 1, 1, 600}, factor_case{2, 0.0, true, 2, 1, 600},
-                      factor_case{40, 0.05, false, 3, 1, 600},   // one block
-                      factor_case{60, 0.05, false, 4, 1, 7},     // many small blocks, deep tree
-                      factor_case{90, 0.02, true, 5, 1, 11},     // indefinite, several levels
-                      factor_case{120, 0.03, false, 6, 4, 13},   // four components
-                      factor_case{300, 0.01, false, 7, 3, 37},   // wider blocks
-                      factor_case{700, 0.004, true, 8, 1, 300},  // panels of more than one width
-                      factor_case{500, 0.02, false, 9, 1, 150},
-                      factor_case{800, 0.01, true, 10, 4, 30}));  // independent subtrees in parallel
+INSTANTIATE_TEST_SUITE_P(Matrices, LdltRandom,
+                         ::testing::Values(factor_case{1, 0.0, false, 1, 1, 600}, factor_case{2, 0.0, true, 2, 1, 600},
+                                           factor_case{40, 0.05, false, 3, 1, 600},   // one block
+                                           factor_case{60, 0.05, false, 4, 1, 7},     // many small blocks, deep tree
+                                           factor_case{90, 0.02, true, 5, 1, 11},     // indefinite, several levels
+                                           factor_case{120, 0.03, false, 6, 4, 13},   // four components
+                                           factor_case{300, 0.01, false, 7, 3, 37},   // wider blocks
+                                           factor_case{700, 0.004, true, 8, 1, 300},  // panels of more than one width
+                                           factor_case{500, 0.02, false, 9, 1, 150},
+                                           factor_case{800, 0.01, true, 10, 4,
+                                                       30}));  // independent subtrees in parallel
 
 // Two disconnected parts: each starts with a column of height 0, so no block spans
 // the boundary, and the blocks of one part never update the other.

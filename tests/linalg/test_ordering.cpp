@@ -129,8 +129,8 @@ std::vector<std::set<unsigned int>> symbolic_factor(const uvec& xadj, const uvec
 }
 
 // Expands a compressed-level graph with vertex sizes to DOF level in the order perm.
-void expand_to_DOFs(const uvec& xadj, const uvec& adj, const uvec& perm, const uvec& iperm, const uvec& sizes,
-                    uvec& dx, uvec& da, uvec& dperm, uvec& diperm) {
+void expand_to_DOFs(const uvec& xadj, const uvec& adj, const uvec& perm, const uvec& iperm, const uvec& sizes, uvec& dx,
+                    uvec& da, uvec& dperm, uvec& diperm) {
     const unsigned int n = static_cast<unsigned int>(perm.size());
     std::vector<unsigned int> start(n + 1, 0);  // DOF range of vertex v (original numbering)
     for (unsigned int v = 0; v < n; ++v) start[v + 1] = start[v] + sizes[v];
@@ -252,14 +252,10 @@ TEST(Ordering, HeightsBlocksAndFillOnAFiveVertexGraph) {
     report_block_profile(t, &log_capture::display, &log);
     report_numerical_fill(t, 2, &log_capture::display, &log);
     const std::vector<std::pair<unsigned, std::string>> expected = {
-        {2, "  dimension              :          5\n"},
-        {2, "  profile                :         12 (0.00 MB)\n"},
-        {2, "  nbr blocks             :          3\n"},
-        {2, "  max extra segments     :          2\n"},
-        {2, "  symbolic fill-ins      :    80.00 %\n"},
-        {2, "  zeros                  :          2\n"},
-        {2, "  non zeros              :         10\n"},
-        {2, "  numerical fill-ins     :    66.67 % (83.33 %)\n"}};
+        {2, "  dimension              :          5\n"}, {2, "  profile                :         12 (0.00 MB)\n"},
+        {2, "  nbr blocks             :          3\n"}, {2, "  max extra segments     :          2\n"},
+        {2, "  symbolic fill-ins      :    80.00 %\n"}, {2, "  zeros                  :          2\n"},
+        {2, "  non zeros              :         10\n"}, {2, "  numerical fill-ins     :    66.67 % (83.33 %)\n"}};
     EXPECT_EQ(log.lines, expected);
 }
 

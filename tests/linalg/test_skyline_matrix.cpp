@@ -28,8 +28,7 @@ block_profile make_block(unsigned first, unsigned last, std::vector<block_segmen
 // Two blocks: rows 0..3 with own heights 0,1,0,2 and extra columns 4 (height 2) and
 // 5 (height 1); rows 4..5 with own heights 0,1 and no extra segment.
 std::vector<block_profile> two_blocks() {
-    return {make_block(0, 4, {{0, 0}, {1, 1}, {2, 0}, {3, 2}, {4, 2}, {5, 1}}),
-            make_block(4, 6, {{4, 0}, {5, 1}})};
+    return {make_block(0, 4, {{0, 0}, {1, 1}, {2, 0}, {3, 2}, {4, 2}, {5, 1}}), make_block(4, 6, {{4, 0}, {5, 1}})};
 }
 
 }  // namespace
@@ -157,7 +156,8 @@ TEST(SkylineMatrix, ElementAdditionMatchesDenseSum) {
         ASSERT_EQ(c.S.add(alpha, B, pos), 0);
         for (std::size_t i = 0; i < 5; ++i)
             for (std::size_t j = 0; j < 5; ++j)
-                if (pos[i] != ~0u && pos[j] != ~0u) ref(pos[i], pos[j]) += alpha * B.data()[i >= j ? (i + 1) * i / 2 + j : (j + 1) * j / 2 + i];
+                if (pos[i] != ~0u && pos[j] != ~0u)
+                    ref(pos[i], pos[j]) += alpha * B.data()[i >= j ? (i + 1) * i / 2 + j : (j + 1) * j / 2 + i];
     }
     for (std::size_t i = 0; i < 20; ++i)
         for (std::size_t j = 0; j < 20; ++j) EXPECT_NEAR(c.S.get_val(i, j), ref(i, j), 1e-14) << i << " " << j;

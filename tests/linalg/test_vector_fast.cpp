@@ -61,10 +61,10 @@ TEST(vector_fast, bucket_table_and_rebuild_rule) {
         buckets_after.push_back(v.nbr_buckets());
     }
     EXPECT_EQ(buckets_after[0], 23u);
-    EXPECT_EQ(buckets_after[45], 23u);   // 46 elements: 46 = 2 * 23
-    EXPECT_EQ(buckets_after[46], 97u);   // the 47th: rebuilt for 92
-    EXPECT_EQ(buckets_after[193], 97u);  // 194 elements
-    EXPECT_EQ(buckets_after[194], 389u); // rebuilt for 388
+    EXPECT_EQ(buckets_after[45], 23u);    // 46 elements: 46 = 2 * 23
+    EXPECT_EQ(buckets_after[46], 97u);    // the 47th: rebuilt for 92
+    EXPECT_EQ(buckets_after[193], 97u);   // 194 elements
+    EXPECT_EQ(buckets_after[194], 389u);  // rebuilt for 388
     EXPECT_EQ(buckets_after[777], 389u);
     EXPECT_EQ(buckets_after[778], 3079u);  // rebuilt for 1556, above 1543
     for (unsigned k = 0; k < 800; ++k) ASSERT_EQ(v.find(k * 7 + 3), k);

@@ -25,10 +25,9 @@ namespace test {
 // `failing` fail with error_element.
 class spring_model : public core::numerical_model_base {
 public:
-    spring_model(core::context_type* ctx, std::vector<unsigned> a, std::vector<unsigned> b,
-                 std::vector<double> k, bool penalty = false)
-        : core::numerical_model_base(ctx), a_(std::move(a)), b_(std::move(b)), k_(std::move(k)),
-          penalty_(penalty) {
+    spring_model(core::context_type* ctx, std::vector<unsigned> a, std::vector<unsigned> b, std::vector<double> k,
+                 bool penalty = false)
+        : core::numerical_model_base(ctx), a_(std::move(a)), b_(std::move(b)), k_(std::move(k)), penalty_(penalty) {
         register_self(static_cast<std::uint32_t>(k_.size()));
     }
 

@@ -4,9 +4,9 @@
 
 #include <complex>
 
+#include "linalg/OOC_mgr.h"
 #include "model/map_DOFs.h"
 #include "model/matrix_assembler.h"
-#include "linalg/OOC_mgr.h"
 #include "model/vector_assembler.h"
 #include "model_test_utils.h"
 
@@ -277,7 +277,8 @@ TEST(MatrixSymAssembler, BlockSkylineTargetMatchesTheSparseTarget) {
     sp.matrix()[0] = 0.5, sp.matrix()[1] = -1.5, sp.matrix()[2] = 2.5, sp.matrix()[3] = 3.5;
     DOF_vector d;
     d.init(make_index({9, 36}), 0.25);
-    for (matrix_assembler_base* A : {static_cast<matrix_assembler_base*>(&AS), static_cast<matrix_assembler_base*>(&AK)}) {
+    for (matrix_assembler_base* A :
+         {static_cast<matrix_assembler_base*>(&AS), static_cast<matrix_assembler_base*>(&AK)}) {
         EXPECT_EQ(A->add_sym(1.5, e, true), 0);
         EXPECT_EQ(A->add_sparse(1.0, sp, true), 0);
         EXPECT_EQ(A->add_diag(4.0, d), 0);

@@ -7,8 +7,8 @@
 #include <cmath>
 #include <cstring>
 
-#include <orv/fem/context.h>
 #include <orv/fem/DOFs_mgr.h>
+#include <orv/fem/context.h>
 #include <orv/fem/numerical_model_base.h>
 #include <orv/fem/numerical_models_mgr.h>
 

@@ -36,8 +36,8 @@ TEST(PenaltyStatistics, ClassesByDOFPositionRootMeanSquareAndClamps) {
     const std::uint32_t candidates[] = {0, 1, 3, 3, 15, 27};
     compute_penalties(K, candidates, 6, f, params);
     EXPECT_DOUBLE_EQ(params.penalty_displacement, std::sqrt((9.0 + 16.0) / 2.0) * 10.0);
-    EXPECT_EQ(params.penalty_rotation, 40.0);     // 50 clamped to the maximum
-    EXPECT_EQ(params.penalty_temperature, 1.0);   // 0.01 raised to the minimum
+    EXPECT_EQ(params.penalty_rotation, 40.0);    // 50 clamped to the maximum
+    EXPECT_EQ(params.penalty_temperature, 1.0);  // 0.01 raised to the minimum
 
     // Only rotational DOFs: the other classes get the minimum.
     const std::uint32_t rot[] = {3};

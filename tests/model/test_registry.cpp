@@ -13,8 +13,8 @@
 #include "model/matrix_assembler.h"
 #include "model/numerical_model_composite.h"
 #include "model/numerical_models_mgr.h"
-#include "problem/stress_mgr.h"
 #include "model_test_utils.h"
+#include "problem/stress_mgr.h"
 #include "spring_model.h"
 
 using namespace orv;
@@ -124,7 +124,7 @@ TEST(NumericalModelComposite, ForwardsSkipsMissingChildrenAndScales) {
     ASSERT_TRUE(comp.is_valid());
     EXPECT_EQ(comp.ID(), 2u);
     EXPECT_EQ(ctx.the_NM_mgr().global_FE_ID_range(2), pair_u(3, 4));  // one element in the registry
-    EXPECT_EQ(comp.insert(a.ID(), 57u, b.ID()), fem::no_error);  // 57: no such model
+    EXPECT_EQ(comp.insert(a.ID(), 57u, b.ID()), fem::no_error);       // 57: no such model
     EXPECT_EQ(comp.size(), 3u);
     EXPECT_EQ(comp.get_NM_ID(1), 57u);
     EXPECT_EQ(comp.get_NM_ID(3), 0xFFFFFFFFu);
@@ -224,7 +224,8 @@ namespace {
 // A model that answers an output shape.
 class shaped_model : public core::numerical_model_base {
 public:
-    shaped_model(core::context_type* ctx, unsigned type, unsigned rows) : core::numerical_model_base(ctx), t(type), r(rows) {
+    shaped_model(core::context_type* ctx, unsigned type, unsigned rows)
+        : core::numerical_model_base(ctx), t(type), r(rows) {
         register_self(1);
     }
     int get_output_shape(unsigned, unsigned& type, unsigned& rows, unsigned& cols) const override {

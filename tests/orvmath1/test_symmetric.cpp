@@ -151,7 +151,7 @@ TEST(symmetric_sparse, profile_sharing_copies_and_validity) {
     EXPECT_FALSE(bad.is_valid());
     ASSERT_TRUE(bad.init(list_of({0, 1, 3}), list_of({0, 1}), 0.0));  // pointer past the columns
     EXPECT_FALSE(bad.is_valid());
-    EXPECT_EQ(bad.get(1, 1, v), 0);  // and lookups stay in bounds
+    EXPECT_EQ(bad.get(1, 1, v), 0);                                   // and lookups stay in bounds
     ASSERT_TRUE(bad.init(list_of({0, 1, 2}), list_of({0, 2}), 0.0));  // column beyond the dimension
     EXPECT_FALSE(bad.is_valid());
     ASSERT_TRUE(bad.init(list_of({1, 1, 2}), list_of({1, 1}), 0.0));  // not starting at 0

@@ -79,8 +79,8 @@ TEST(vector_num, overflow_and_exhaustion_leave_the_vector_untouched) {
     v.data()[4] = 7.0;
     double* before = v.data();
     const std::size_t big = std::numeric_limits<std::size_t>::max();
-    EXPECT_FALSE(v.__grow(6, 5, big / 2));       // capacity * factor overflows
-    EXPECT_FALSE(v.__grow(big / 4, 5, 1));       // bytes overflow
+    EXPECT_FALSE(v.__grow(6, 5, big / 2));               // capacity * factor overflows
+    EXPECT_FALSE(v.__grow(big / 4, 5, 1));               // bytes overflow
     EXPECT_FALSE(v.__grow(std::size_t(1) << 57, 5, 1));  // 2^60 bytes
     EXPECT_FALSE(v.__grow(std::size_t(1) << 43, 5, 1));  // 64 TiB: the allocator says no
     EXPECT_EQ(v.data(), before);

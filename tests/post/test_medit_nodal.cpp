@@ -73,11 +73,10 @@ TEST(MeditNodal, ErrorPaths) {
     const fem::FEM_matrix U = two_nodes(2);
     EXPECT_EQ(fem::medit_nodal(static_cast<std::FILE*>(nullptr), 3, U, 0, fem::field_displacement, 3, 2),
               fem::error_file);
-    EXPECT_EQ(fem::medit_nodal("/nonexistent-folder/x.bb", 3, U, 0, fem::field_displacement, 3, 2),
-              fem::error_file);
+    EXPECT_EQ(fem::medit_nodal("/nonexistent-folder/x.bb", 3, U, 0, fem::field_displacement, 3, 2), fem::error_file);
     std::FILE* f = std::tmpfile();
     EXPECT_EQ(fem::medit_nodal(f, 3, U, 2, fem::field_displacement, 3, 2), fem::error_data);
     EXPECT_EQ(fem::medit_nodal(f, 3, U, 2, 1), fem::error_data);  // needs 4 columns
-    EXPECT_EQ(read_all(f), "");  // nothing written on a refused call
+    EXPECT_EQ(read_all(f), "");                                   // nothing written on a refused call
     std::fclose(f);
 }

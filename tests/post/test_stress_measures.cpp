@@ -34,9 +34,9 @@ stress_tensor rotated_principal(double p1, double p2, double p3, double a, doubl
 }  // namespace
 
 TEST(StressMeasures, VonMisesAndTrescaHandValues) {
-    EXPECT_DOUBLE_EQ(fem::Von_Mises_stress(tensor(100, 0, 0, 0, 0, 0)), 100.0);  // uniaxial
+    EXPECT_DOUBLE_EQ(fem::Von_Mises_stress(tensor(100, 0, 0, 0, 0, 0)), 100.0);                   // uniaxial
     EXPECT_NEAR(fem::Von_Mises_stress(tensor(0, 0, 0, 10, 0, 0)), 10.0 * std::sqrt(3.0), 1e-12);  // shear
-    EXPECT_NEAR(fem::Von_Mises_stress(tensor(-7, -7, -7, 0, 0, 0)), 0.0, 1e-12);  // hydrostatic
+    EXPECT_NEAR(fem::Von_Mises_stress(tensor(-7, -7, -7, 0, 0, 0)), 0.0, 1e-12);                  // hydrostatic
     EXPECT_NEAR(fem::Tresca_stress(tensor(0, 0, 0, 10, 0, 0)), 20.0, 1e-12);
     EXPECT_NEAR(fem::Tresca_stress(tensor(3, 1, -2, 0, 0, 0)), 5.0, 1e-12);
     // Signed: the sign of the trace, plus at zero trace.
@@ -105,7 +105,6 @@ TEST(StressMeasures, UnitProductPicksOneNodalDirection) {
 TEST(StressMeasures, CauchyStressesWithoutModel) {
     fem::context ctx;
     dense2D<double> out(6, 1, 1.0);
-    EXPECT_EQ(fem::Cauchy_stresses(ctx, 7, 0, dense2D<double>(3, 1, 0.0), fem::FEM_matrix(), 0, out),
-              fem::error_data);
+    EXPECT_EQ(fem::Cauchy_stresses(ctx, 7, 0, dense2D<double>(3, 1, 0.0), fem::FEM_matrix(), 0, out), fem::error_data);
     EXPECT_EQ(out.rows() * out.cols(), 0u);
 }

@@ -31,8 +31,10 @@ TEST(DOFsMgr, IDRuleAndInfo) {
         unsigned node;
         field_tag tag;
         unsigned comp;
-    } cases[] = {{0, 0, field_displacement, 0}, {14, 1, field_rotation, 2},
-                 {15, 1, field_temperature, 0}, {16, 1, field_temperature, 1},
+    } cases[] = {{0, 0, field_displacement, 0},
+                 {14, 1, field_rotation, 2},
+                 {15, 1, field_temperature, 0},
+                 {16, 1, field_temperature, 1},
                  {26, 2, field_temperature, 2}};
     for (const auto& c : cases) {
         d.get_info(c.ID, node, tag, comp, false);
@@ -49,12 +51,12 @@ TEST(DOFsMgr, SettersCountsAndIDLists) {
     EXPECT_EQ(d.nbr_DOFs(true), 36ull);  // reserved positions counted too
     EXPECT_EQ(d.nbr_DOFs(false), 0ull);
 
-    EXPECT_EQ(d.set(1, field_displacement, false), 0);        // 9, 10, 11
-    EXPECT_EQ(d.set(2, field_rotation, 0, 2, false), 0);      // 21, 23
-    EXPECT_EQ(d.set(3, field_temperature, false), 0);         // 33
-    EXPECT_EQ(d.set(0, field_rotation, 1, false), 0);         // 4
-    EXPECT_EQ(d.set(2, field_temperature, 0, 1, false), 0);   // 24 twice
-    EXPECT_EQ(d.set(35ull, false), 0);                        // reserved position 8
+    EXPECT_EQ(d.set(1, field_displacement, false), 0);       // 9, 10, 11
+    EXPECT_EQ(d.set(2, field_rotation, 0, 2, false), 0);     // 21, 23
+    EXPECT_EQ(d.set(3, field_temperature, false), 0);        // 33
+    EXPECT_EQ(d.set(0, field_rotation, 1, false), 0);        // 4
+    EXPECT_EQ(d.set(2, field_temperature, 0, 1, false), 0);  // 24 twice
+    EXPECT_EQ(d.set(35ull, false), 0);                       // reserved position 8
     EXPECT_EQ(d.nbr_DOFs(false), 9ull);
     EXPECT_EQ(d.nbr_DOFs(true), 27ull);
 

@@ -26,8 +26,7 @@ void expect_column(const mat3& R, std::size_t j, const vec3& v) {
 }
 
 double det(const mat3& R) {
-    return R(0, 0) * (R(1, 1) * R(2, 2) - R(1, 2) * R(2, 1)) -
-           R(0, 1) * (R(1, 0) * R(2, 2) - R(1, 2) * R(2, 0)) +
+    return R(0, 0) * (R(1, 1) * R(2, 2) - R(1, 2) * R(2, 1)) - R(0, 1) * (R(1, 0) * R(2, 2) - R(1, 2) * R(2, 0)) +
            R(0, 2) * (R(1, 0) * R(2, 1) - R(1, 1) * R(2, 0));
 }
 
@@ -153,7 +152,12 @@ TEST(bases_all, orthonormal_everywhere_and_round_trips) {
     const vec3 points[] = {{0.3, 0.2, -1.7}, {4, -3, 2}, {-2.5, 0.1, 0.9}, {10, 10, -10}};
     const vec3 v0{1.5, -0.25, 3.0};
     symmetric_fixed<double, 3> S0;
-    S0(0, 0) = 4; S0(1, 1) = -1; S0(2, 2) = 2.5; S0(1, 0) = 0.5; S0(2, 0) = -1.25; S0(2, 1) = 3;
+    S0(0, 0) = 4;
+    S0(1, 1) = -1;
+    S0(2, 2) = 2.5;
+    S0(1, 0) = 0.5;
+    S0(2, 0) = -1.25;
+    S0(2, 1) = 3;
     for (std::uint32_t ID = 0; ID < 3; ++ID) {
         const core::basis_base* b = mgr.get(ID);
         ASSERT_NE(b, nullptr);

@@ -18,8 +18,7 @@ namespace {
 
 const unsigned none = 0xFFFFFFFFu;
 
-unsigned discret(evolution_funcs_mgr& m, std::initializer_list<double> t,
-                 std::initializer_list<double> v) {
+unsigned discret(evolution_funcs_mgr& m, std::initializer_list<double> t, std::initializer_list<double> v) {
     return m.create_discret(t.begin(), t.size(), v.begin(), v.size());
 }
 
@@ -49,18 +48,22 @@ INSTANTIATE_TEST_SUITE_P(
     Kinds, EvolutionValues,
     ::testing::Values(
         evolution_case{"constant", [](evolution_funcs_mgr& m) { return m.create_cste(2.5); }, {{-7.0, 2.5}}},
-        evolution_case{"linear", [](evolution_funcs_mgr& m) { return m.create_linear(-3.0); },
-                       {{0.0, 0.0}, {1.5, -4.5}}},
-        evolution_case{"sinus", [](evolution_funcs_mgr& m) { return m.create_sinus(2.0, 0.5); },
+        evolution_case{
+            "linear", [](evolution_funcs_mgr& m) { return m.create_linear(-3.0); }, {{0.0, 0.0}, {1.5, -4.5}}},
+        evolution_case{"sinus",
+                       [](evolution_funcs_mgr& m) { return m.create_sinus(2.0, 0.5); },
                        {{0.0, std::sin(0.5)}, {0.25, std::sin(1.0)}}},
-        evolution_case{"triangle", [](evolution_funcs_mgr& m) { return m.create_triangle(2.0, 4.0); },
+        evolution_case{"triangle",
+                       [](evolution_funcs_mgr& m) { return m.create_triangle(2.0, 4.0); },
                        {{2.0, 1.0}, {1.0, 0.5}, {3.0, 0.5}, {0.0, 0.0}, {4.0, 0.0}, {-10.0, 0.0}, {10.0, 0.0}}},
-        evolution_case{"spike_of_zero_width", [](evolution_funcs_mgr& m) { return m.create_triangle(1.5, 0.0); },
+        evolution_case{"spike_of_zero_width",
+                       [](evolution_funcs_mgr& m) { return m.create_triangle(1.5, 0.0); },
                        {{1.5, 1.0}, {1.5 + 1e-12, 0.0}, {1.5 - 1e-12, 0.0}, {100.0, 0.0}}},
         evolution_case{"spike_of_negative_width",
                        [](evolution_funcs_mgr& m) { return m.create_triangle(1.5, -2.0); },
                        {{1.5, 1.0}, {1.5 + 1e-12, 0.0}, {1.5 - 1e-12, 0.0}, {100.0, 0.0}}},
-        evolution_case{"trapeze", [](evolution_funcs_mgr& m) { return m.create_trapeze(0.0, 1.0, 0.0, 2.0); },
+        evolution_case{"trapeze",
+                       [](evolution_funcs_mgr& m) { return m.create_trapeze(0.0, 1.0, 0.0, 2.0); },
                        {{-0.5, 0.0}, {0.0, 0.0}, {0.5, 1.0}, {1.0, 0.0}, {3.0, 0.0}}},
         evolution_case{"trapeze_from_its_start_value",
                        [](evolution_funcs_mgr& m) { return m.create_trapeze(1.0, 3.0, 3.0, -1.0); },
@@ -72,12 +75,23 @@ INSTANTIATE_TEST_SUITE_P(
                        [](evolution_funcs_mgr& m) { return m.create_trapeze(3.0, 1.0, 5.0, 5.0); },
                        {{0.0, 0.0}, {1.0, 0.0}, {2.0, 0.0}, {2.5, 0.0}, {3.0, 0.0}}},
         evolution_case{"discrete_of_two_points",
-                       [](evolution_funcs_mgr& m) { return discret(m, {0.0, 1.0}, {10.0, 20.0}); },
+                       [](evolution_funcs_mgr& m) {
+                           return discret(m, {0.0, 1.0}, {10.0, 20.0});
+                       },
                        {{-0.5, 5.0}, {0.0, 10.0}, {0.5, 15.0}, {1.0, 20.0}, {2.0, 20.0}}},
         evolution_case{"discrete_of_three_slopes",
-                       [](evolution_funcs_mgr& m) { return discret(m, {1.0, 2.0, 4.0, 5.0}, {0.0, 4.0, 0.0, 1.0}); },
-                       {{1.0, 0.0}, {1.25, 1.0}, {2.0, 4.0}, {3.0, 2.0}, {4.0, 0.0}, {4.5, 0.5}, {5.0, 1.0},
-                        {0.0, -4.0}, {1e6, 1.0}}}),
+                       [](evolution_funcs_mgr& m) {
+                           return discret(m, {1.0, 2.0, 4.0, 5.0}, {0.0, 4.0, 0.0, 1.0});
+                       },
+                       {{1.0, 0.0},
+                        {1.25, 1.0},
+                        {2.0, 4.0},
+                        {3.0, 2.0},
+                        {4.0, 0.0},
+                        {4.5, 0.5},
+                        {5.0, 1.0},
+                        {0.0, -4.0},
+                        {1e6, 1.0}}}),
     [](const ::testing::TestParamInfo<evolution_case>& info) { return std::string(info.param.name); });
 
 TEST(EvolutionFuncs, DiscreteDegenerateLists) {

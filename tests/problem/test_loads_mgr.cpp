@@ -41,9 +41,7 @@ elementary_load force(double fx, double fy, double fz) {
 // A simple model with a number of elements and nothing else: enough for the registry.
 class plain_model : public orv::core::numerical_model_base {
 public:
-    plain_model(orv::core::context_type* ctx, std::uint32_t n) : numerical_model_base(ctx), n_(n) {
-        register_self(n);
-    }
+    plain_model(orv::core::context_type* ctx, std::uint32_t n) : numerical_model_base(ctx), n_(n) { register_self(n); }
     std::uint32_t nbr_elements() const override { return n_; }
 
 private:
@@ -55,8 +53,7 @@ private:
 // reports an element error.
 class load_model : public orv::core::numerical_model_base {
 public:
-    load_model(orv::core::context_type* ctx, std::uint32_t n, std::uint32_t first_node,
-               std::uint32_t fail = none)
+    load_model(orv::core::context_type* ctx, std::uint32_t n, std::uint32_t first_node, std::uint32_t fail = none)
         : numerical_model_base(ctx), n_(n), first_node_(first_node), fail_(fail) {
         register_self(n);
     }
@@ -176,8 +173,7 @@ TEST(LoadsMgr, NodalRecords) {
     EXPECT_EQ(l.Neumann().size(), 6u);
     // An ID that does not fit 32 bits is refused.
     EXPECT_EQ(l.record_nodal_load(1000000000u, orv::fem::field_displacement, 0, 1.0, none), orv::fem::error_data);
-    EXPECT_EQ(l.record_nodal_prescribed_value(1000000000u, orv::fem::field_displacement, 0, 1.0,
-                                              none),
+    EXPECT_EQ(l.record_nodal_prescribed_value(1000000000u, orv::fem::field_displacement, 0, 1.0, none),
               orv::fem::error_data);
 
     // Prescribed values: always all six, zeros included.
@@ -283,8 +279,7 @@ TEST(LoadsMgr, CombinationScalesEveryRecord) {
     loads_mgr src;
     src.record_NM_load(0, 1, force(1.0, 2.0, 3.0), none);
     // A scalar load and a heat flux carry one significant value.
-    elementary_load scalar(elementary_load::kind_force, elementary_load::type_scalar,
-                           vec_of({2.0, 7.0, 7.0}));
+    elementary_load scalar(elementary_load::kind_force, elementary_load::type_scalar, vec_of({2.0, 7.0, 7.0}));
     src.record_NM_load(0, 2, scalar, 1);
     elementary_load flux(elementary_load::kind_heat_flux, 0, vec_of({4.0, 7.0}));
     src.record_NM_load(1, all, flux, none);
@@ -412,8 +407,7 @@ TEST(LoadsMgrHandle, SharedRecordsAndRangeErrors) {
     orv::fem::loads_mgr a(ctx);
     ASSERT_TRUE(a.is_valid());
     orv::fem::loads_mgr shared = a;
-    EXPECT_EQ(a.record_nodal_load(2, orv::vector_fixed<double, 3>{1.0, 0.0, 0.0},
-                                  orv::vector_fixed<double, 3>{}),
+    EXPECT_EQ(a.record_nodal_load(2, orv::vector_fixed<double, 3>{1.0, 0.0, 0.0}, orv::vector_fixed<double, 3>{}),
               orv::fem::no_error);
     orv::fem::DOF_record r{};
     EXPECT_EQ(shared.get_node_Neumann_load(0, r), orv::fem::no_error);

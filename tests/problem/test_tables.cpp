@@ -94,12 +94,12 @@ TEST(TwoDTable, BilinearInsideExtrapolatesBelowHoldsAbove) {
     ASSERT_FALSE(t.empty());
     EXPECT_EQ(t(1.0, 0.0), 0.0);
     EXPECT_EQ(t(2.0, 10.0), 20.0);
-    EXPECT_EQ(t(1.5, 5.0), 7.5);   // bilinear reproduces x * y exactly
+    EXPECT_EQ(t(1.5, 5.0), 7.5);  // bilinear reproduces x * y exactly
     EXPECT_EQ(t(1.25, 2.0), 2.5);
-    EXPECT_EQ(t(0.0, 10.0), 0.0);  // below x: the line of the first cell, 10 - 1 * 10
-    EXPECT_EQ(t(3.0, 10.0), 20.0); // above x: the last row holds
-    EXPECT_EQ(t(2.0, 20.0), 20.0); // above y: the last column holds
-    EXPECT_EQ(t(5.0, 50.0), 20.0); // beyond both ends: the corner
+    EXPECT_EQ(t(0.0, 10.0), 0.0);   // below x: the line of the first cell, 10 - 1 * 10
+    EXPECT_EQ(t(3.0, 10.0), 20.0);  // above x: the last row holds
+    EXPECT_EQ(t(2.0, 20.0), 20.0);  // above y: the last column holds
+    EXPECT_EQ(t(5.0, 50.0), 20.0);  // beyond both ends: the corner
     EXPECT_EQ(t(1.5, -10.0), -15.0);
 
     // A single row: x plays no part.

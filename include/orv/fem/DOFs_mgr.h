@@ -72,8 +72,7 @@ public:
     error_type get(unsigned long long node, field_tag tag, unsigned comp, bool& state) const;
     /// node = ID / 9, or its master when to_master and it is fictitious; tag from ID % 9;
     /// comp = ID % 3.
-    void get_info(unsigned long long ID, unsigned& node, field_tag& tag, unsigned& comp,
-                  bool to_master = false) const;
+    void get_info(unsigned long long ID, unsigned& node, field_tag& tag, unsigned& comp, bool to_master = false) const;
 
     /// -101 unless the ID belongs to a real node.
     error_type set(unsigned long long ID, bool state);
@@ -82,8 +81,7 @@ public:
     /// All components of the field (one for temperature).
     error_type set(unsigned long long node, field_tag tag, bool state);
     /// Two components; -101 when one exceeds 2.
-    error_type set(unsigned long long node, field_tag tag, unsigned comp1, unsigned comp2,
-                   bool state);
+    error_type set(unsigned long long node, field_tag tag, unsigned comp1, unsigned comp2, bool state);
 
     /// Appends a fictitious node of the real node master; returns its node number.
     unsigned add_fictitious_node(unsigned master);

@@ -60,34 +60,33 @@ private:
 /// It declares sharing copy and move (a moved-from handle keeps its share), the
 /// narrowing constructor from any handle, type_id(), obj_type_id() and a typed
 /// engine accessor. Define them in the .cpp with ORV_FEM_HANDLE_IMPL.
-#define ORV_FEM_HANDLE(X, Engine)                                              \
-    X(const X&) = default;                                                     \
-    X(X&&) = default;                                                          \
-    X& operator=(const X&) = default;                                          \
-    X& operator=(X&&) = default;                                               \
-    ~X() override = default;                                                   \
-    /* Narrowing: a pointee that is not an Engine gives an empty handle. */    \
-    explicit X(const ::orv::fem::base_class& other);                           \
-    /* Type record of the engine class of this handle class. */               \
-    static const std::type_info& type_id();                                    \
-    /* Type record of the pointee; type_id() when the handle is empty. */      \
-    virtual const std::type_info& obj_type_id() const;                         \
-    /* The engine object, or null. */                                          \
+#define ORV_FEM_HANDLE(X, Engine)                                           \
+    X(const X&) = default;                                                  \
+    X(X&&) = default;                                                       \
+    X& operator=(const X&) = default;                                       \
+    X& operator=(X&&) = default;                                            \
+    ~X() override = default;                                                \
+    /* Narrowing: a pointee that is not an Engine gives an empty handle. */ \
+    explicit X(const ::orv::fem::base_class& other);                        \
+    /* Type record of the engine class of this handle class. */             \
+    static const std::type_info& type_id();                                 \
+    /* Type record of the pointee; type_id() when the handle is empty. */   \
+    virtual const std::type_info& obj_type_id() const;                      \
+    /* The engine object, or null. */                                       \
     Engine* engine() const;
 
 /// Definitions for ORV_FEM_HANDLE. Base is the direct base handle class of X
 /// (base_class, solver_base, ...), which must have an accessible default
 /// constructor. Engine must be complete here and derive from ref_counted
 /// without virtual inheritance.
-#define ORV_FEM_HANDLE_IMPL(X, Base, Engine)                                   \
-    X::X(const ::orv::fem::base_class& other) : Base() {                       \
-        Engine* e = dynamic_cast<Engine*>(                                     \
-            static_cast<::orv::ref_counted*>(other.get_w()));                  \
-        set_w(static_cast<::orv::ref_counted*>(e));                            \
-    }                                                                          \
-    const std::type_info& X::type_id() { return typeid(Engine); }             \
-    const std::type_info& X::obj_type_id() const {                             \
-        const ::orv::ref_counted* p = engine_root();                           \
-        return p ? typeid(*p) : type_id();                                     \
-    }                                                                          \
+#define ORV_FEM_HANDLE_IMPL(X, Base, Engine)                                                \
+    X::X(const ::orv::fem::base_class& other) : Base() {                                    \
+        Engine* e = dynamic_cast<Engine*>(static_cast<::orv::ref_counted*>(other.get_w())); \
+        set_w(static_cast<::orv::ref_counted*>(e));                                         \
+    }                                                                                       \
+    const std::type_info& X::type_id() { return typeid(Engine); }                           \
+    const std::type_info& X::obj_type_id() const {                                          \
+        const ::orv::ref_counted* p = engine_root();                                        \
+        return p ? typeid(*p) : type_id();                                                  \
+    }                                                                                       \
     Engine* X::engine() const { return static_cast<Engine*>(engine_root()); }

@@ -50,11 +50,9 @@ public:
     /// Appends a cartesian basis whose columns are those of R; returns its ID.
     unsigned create_cartesian(const matrix_fixed<double, 3, 3>& R);
     /// Appends a cylindrical basis about the line (origin, axis); returns its ID.
-    unsigned create_cylindrical(const vector_fixed<double, 3>& origin,
-                                const vector_fixed<double, 3>& axis);
+    unsigned create_cylindrical(const vector_fixed<double, 3>& origin, const vector_fixed<double, 3>& axis);
     /// Appends a spherical basis about origin, parallels about axis; returns its ID.
-    unsigned create_spherical(const vector_fixed<double, 3>& origin,
-                              const vector_fixed<double, 3>& axis);
+    unsigned create_spherical(const vector_fixed<double, 3>& origin, const vector_fixed<double, 3>& axis);
 
     /// Number of bases (0 for an empty handle).
     std::size_t size() const;
@@ -63,18 +61,14 @@ public:
 
     /// The basis ID at a point, one vector per column of R. -101 when ID names no
     /// basis (R is then the identity).
-    error_type get_basis(unsigned ID, const vector_fixed<double, 3>& point,
-                         matrix_fixed<double, 3, 3>& R) const;
+    error_type get_basis(unsigned ID, const vector_fixed<double, 3>& point, matrix_fixed<double, 3, 3>& R) const;
     /// v replaced by its components in the basis, R' v. For all three conversions,
     /// -101 when ID names no basis (nothing changed).
-    error_type to_local(unsigned ID, const vector_fixed<double, 3>& point,
-                        vector_fixed<double, 3>& v) const;
+    error_type to_local(unsigned ID, const vector_fixed<double, 3>& point, vector_fixed<double, 3>& v) const;
     /// S replaced by its components in the basis, R' S R.
-    error_type to_local(unsigned ID, const vector_fixed<double, 3>& point,
-                        symmetric_fixed<double, 3>& S) const;
+    error_type to_local(unsigned ID, const vector_fixed<double, 3>& point, symmetric_fixed<double, 3>& S) const;
     /// v given in the basis replaced by its global components, R v.
-    error_type from_local(unsigned ID, const vector_fixed<double, 3>& point,
-                          vector_fixed<double, 3>& v) const;
+    error_type from_local(unsigned ID, const vector_fixed<double, 3>& point, vector_fixed<double, 3>& v) const;
 };
 
 }  // namespace fem

@@ -47,11 +47,9 @@ public:
     ///         last '/' names a sub-folder of folder (which must exist).
     /// Returns 0, or -151 when the folder cannot hold temporary files (then no
     /// budget is set and everything stays in memory).
-    error_type set_max_incore_size(unsigned MB, const char* folder = nullptr,
-                                   const char* prefix = nullptr);
+    error_type set_max_incore_size(unsigned MB, const char* folder = nullptr, const char* prefix = nullptr);
     /// Same as set_max_incore_size.
-    error_type memory_management(unsigned MB, const char* folder = nullptr,
-                                 const char* prefix = nullptr);
+    error_type memory_management(unsigned MB, const char* folder = nullptr, const char* prefix = nullptr);
     /// Budget of the out-of-core manager in MB, 0 when there is none.
     unsigned long long get_max_incore_size() const;
 

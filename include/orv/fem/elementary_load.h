@@ -52,8 +52,7 @@ struct elementary_load {
     /// Number of the values that carry the load: 1 or 3.
     unsigned nbr_significant_values() const {
         const std::uint32_t k = kind & 0xF8u;
-        const bool one = k == kind_heat_exchange || k == kind_heat_flux ||
-                         (type & 0x7Fu) == type_scalar;
+        const bool one = k == kind_heat_exchange || k == kind_heat_flux || (type & 0x7Fu) == type_scalar;
         return one ? 1u : 3u;
     }
     /// True when every value is 0.0 (or there is none).

@@ -76,10 +76,10 @@ protected:
 ///   X(ctx, data)             create(ctx) then init(data), whose code get_init_code()
 ///                            gives
 ///   create(ctx)              a new law: 0, -101 for an empty context, -199 on memory
-#define ORV_FEM_LAW_HANDLE(X, Engine)                                          \
-    ORV_FEM_HANDLE(X, Engine)                                                  \
-    X();                                                                       \
-    explicit X(::orv::fem::context& ctx);                                      \
-    X(::orv::fem::context& ctx, const ::orv::dense1D<double>& data);           \
-    ::orv::fem::error_type create(::orv::fem::context& ctx);                   \
+#define ORV_FEM_LAW_HANDLE(X, Engine)                                \
+    ORV_FEM_HANDLE(X, Engine)                                        \
+    X();                                                             \
+    explicit X(::orv::fem::context& ctx);                            \
+    X(::orv::fem::context& ctx, const ::orv::dense1D<double>& data); \
+    ::orv::fem::error_type create(::orv::fem::context& ctx);         \
     using law_base::init;

@@ -8,7 +8,7 @@ namespace core {
 class law_membrane_stiff;
 class law_membrane_StVenant;
 class law_membrane_orthotropic;
-}
+}  // namespace core
 namespace fem {
 
 /// Root of the laws that membrane models take: plane stress in the element's local

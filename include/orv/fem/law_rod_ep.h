@@ -25,12 +25,12 @@ namespace fem {
 /// law_solid_ep (states per point and step slot, committed by the runs), and their
 /// limit states: a point whose |strain| reaches max_strain or whose |stress| reaches
 /// max_stress breaks, and carries nothing until the states are reset.
-#define ORV_FEM_EP_1D_OPERATIONS                                                       \
-    double plasticity(unsigned element, unsigned point, unsigned step) const;         \
-    void reset_states();                                                              \
-    error_type copy_states(unsigned from_step, unsigned to_step);                     \
-    bool curve_valid() const;                                                         \
-    /* Both default to the largest double. -101 for a NaN or an empty handle. */      \
+#define ORV_FEM_EP_1D_OPERATIONS                                                 \
+    double plasticity(unsigned element, unsigned point, unsigned step) const;    \
+    void reset_states();                                                         \
+    error_type copy_states(unsigned from_step, unsigned to_step);                \
+    bool curve_valid() const;                                                    \
+    /* Both default to the largest double. -101 for a NaN or an empty handle. */ \
     error_type set_limit_states(double max_strain, double max_stress);
 
 /// Root of the elasto-plastic rods. Data start with [0] E, [1] the section area,

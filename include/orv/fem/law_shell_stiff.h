@@ -11,7 +11,7 @@ class law_shell_stiff;
 class law_shell_StVenant;
 class law_shell_orthotropic;
 class law_shell_skyline;
-}
+}  // namespace core
 namespace fem {
 
 /// Root of the laws that shell and plate models take, in the element's local frame.

@@ -11,7 +11,7 @@ class law_solid_stiff;
 class law_solid_StVenant;
 class law_solid_orthotropic;
 class law_solid_skyline;
-}
+}  // namespace core
 namespace fem {
 
 class bases_mgr;
@@ -62,8 +62,7 @@ public:
 
     /// The data in basis basis_ID of bases; an ID that names no basis when the law is
     /// evaluated means the global axes.
-    law_solid_orthotropic(context& ctx, const dense1D<double>& data, const bases_mgr& bases,
-                          unsigned basis_ID);
+    law_solid_orthotropic(context& ctx, const dense1D<double>& data, const bases_mgr& bases, unsigned basis_ID);
     /// The data in basis basis_ID of bases: 0, -1 or -2 as law_base::init.
     int init(const dense1D<double>& data, const bases_mgr& bases, unsigned basis_ID);
     /// The basis ID given to init, 0xFFFFFFFF when none.
@@ -81,8 +80,7 @@ public:
     ORV_FEM_LAW_HANDLE(law_solid_skyline, core::law_solid_skyline)
 
     /// -1 for heights out of range, otherwise as init(data).
-    law_solid_skyline(context& ctx, const vector_fixed<unsigned int, 6>& heights,
-                      const dense1D<double>& data);
+    law_solid_skyline(context& ctx, const vector_fixed<unsigned int, 6>& heights, const dense1D<double>& data);
     /// The skyline columns of heights and their data: -1 for heights out of range,
     /// otherwise as law_base::init.
     int init(const vector_fixed<unsigned int, 6>& heights, const dense1D<double>& data);

@@ -59,37 +59,33 @@ public:
     /// Force F on the node's displacements if F is not all zero, moment M on its
     /// rotations if M is not all zero. A node of 477218588 or more (which has no DOFs)
     /// puts its values on IDs 0 to 5.
-    error_type record_nodal_load(unsigned node, const vector_fixed<double, 3>& F,
-                                 const vector_fixed<double, 3>& M, unsigned evol = 0xFFFFFFFFu);
+    error_type record_nodal_load(unsigned node, const vector_fixed<double, 3>& F, const vector_fixed<double, 3>& M,
+                                 unsigned evol = 0xFFFFFFFFu);
 
     /// Prescribed values.
     error_type record_DOF_prescribed_value(unsigned ID, double value, unsigned evol = 0xFFFFFFFFu);
     /// Prescribed values on a list of DOF IDs, one evolution function for all; -101
     /// when the lengths differ.
-    error_type record_DOF_prescribed_values(const dense1D<unsigned>& IDs,
-                                            const dense1D<double>& values,
+    error_type record_DOF_prescribed_values(const dense1D<unsigned>& IDs, const dense1D<double>& values,
                                             unsigned evol = 0xFFFFFFFFu);
     /// Prescribed values on a list of DOF IDs, one evolution function each; -101 when
     /// the lengths differ.
-    error_type record_DOF_prescribed_values(const dense1D<unsigned>& IDs,
-                                            const dense1D<double>& values,
+    error_type record_DOF_prescribed_values(const dense1D<unsigned>& IDs, const dense1D<double>& values,
                                             const dense1D<unsigned>& evols);
     /// Prescribed value of one component of a node's field; -101 when its ID is past
     /// 32 bits.
-    error_type record_nodal_prescribed_value(unsigned node, field_tag tag, unsigned comp,
-                                             double value, unsigned evol = 0xFFFFFFFFu);
+    error_type record_nodal_prescribed_value(unsigned node, field_tag tag, unsigned comp, double value,
+                                             unsigned evol = 0xFFFFFFFFu);
     /// All six: U on the node's displacements, R on its rotations. -101 for a node of
     /// 477218588 or more.
     error_type record_nodal_prescribed_values(unsigned node, const vector_fixed<double, 3>& U,
-                                              const vector_fixed<double, 3>& R,
-                                              unsigned evol = 0xFFFFFFFFu);
+                                              const vector_fixed<double, 3>& R, unsigned evol = 0xFFFFFFFFu);
 
     /// A load on element FE_ID of model NM_ID; FE_ID 0xFFFFFFFE means all its
     /// elements. A load on a composite is stored under each simple model of it. The
     /// load's own evolution_func_ID is replaced by evol; its values are copied. An ID of
     /// 0xFFFFFFFF, or a load whose values are all 0.0, records nothing.
-    error_type record_NM_load(unsigned NM_ID, unsigned FE_ID, const elementary_load& load,
-                              unsigned evol = 0xFFFFFFFFu);
+    error_type record_NM_load(unsigned NM_ID, unsigned FE_ID, const elementary_load& load, unsigned evol = 0xFFFFFFFFu);
 
     /// Room for records; false when the memory cannot be had.
     bool reserve_NM_Neumann_loads(std::size_t n);

@@ -4,8 +4,8 @@
 
 #include <cstdio>
 
-#include <orv/fem/error_type.h>
 #include <orv/fem/FEM_matrix.h>
+#include <orv/fem/error_type.h>
 #include <orv/fem/field_tag.h>
 
 namespace orv {
@@ -17,10 +17,10 @@ namespace fem {
 /// that U has no row for is written as 0. `dim` goes to the header as it is.
 /// error_file for a null handle or a file that cannot be opened, error_data for a
 /// column at or beyond U's columns (nothing is written then).
-error_type medit_nodal(std::FILE* file, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col,
-                       field_tag tag, unsigned max_values, unsigned nbr_nodes);
-error_type medit_nodal(const char* path, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col,
-                       field_tag tag, unsigned max_values, unsigned nbr_nodes);
+error_type medit_nodal(std::FILE* file, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col, field_tag tag,
+                       unsigned max_values, unsigned nbr_nodes);
+error_type medit_nodal(const char* path, unsigned dim, const FEM_matrix& U, FEM_matrix::index_type col, field_tag tag,
+                       unsigned max_values, unsigned nbr_nodes);
 
 /// Block `block` of `values_per_node` columns of `values`, one line per row of `values`
 /// (one row per node, in row order): the columns block * values_per_node to

@@ -9,7 +9,8 @@
 namespace orv {
 namespace fem {
 
-/// Mass physics of axisymmetric sections (mass per unit volume, rings of radius r), on a law_scalar holding the density.
+/// Mass physics of axisymmetric sections (mass per unit volume, rings of radius r), on a law_scalar holding the
+/// density.
 class model_axi3d_mass : public physics_model_base {
 public:
     model_axi3d_mass();

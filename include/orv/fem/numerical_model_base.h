@@ -19,7 +19,6 @@ class numerical_model_base;
 }
 namespace fem {
 
-
 /// A model lives in the registry of the context it was created on; its ID names it
 /// there (numerical_models_mgr, problem_data, composites and load records use the ID).
 /// The default constructor gives an empty handle.
@@ -54,15 +53,13 @@ public:
     physics_model_base get_mechanical_model() const { return get_physics_model(); }
 
     /// The element's local basis, one vector per column of R; -102 for a model without.
-    error_type get_element_basis(const dense2D<double>& pos, unsigned element,
-                                 matrix_fixed<double, 3, 3>& R) const;
+    error_type get_element_basis(const dense2D<double>& pos, unsigned element, matrix_fixed<double, 3, 3>& R) const;
     /// The same on the deformed positions pos + U, U(node * 9 + c, column) being the
     /// displacement c of a node.
     error_type get_element_basis(const dense2D<double>& pos, unsigned element, const dense2D<double>& U,
                                  unsigned column, matrix_fixed<double, 3, 3>& R) const;
     /// The basis of the element's material.
-    error_type get_local_basis(const dense2D<double>& pos, unsigned element,
-                               matrix_fixed<double, 3, 3>& R) const;
+    error_type get_local_basis(const dense2D<double>& pos, unsigned element, matrix_fixed<double, 3, 3>& R) const;
 
     /// Evolution function that scales everything the model adds; 0xFFFFFFFF for none.
     void set_evolution_func_ID(unsigned ID);
@@ -76,8 +73,7 @@ public:
                                 bool local, const dense1D<unsigned int>& DOFs);
     /// The same for a two-node element.
     error_type set_hard_offsets(const dense2D<double>& pos, unsigned element, const vector_fixed<double, 3>& offset_1,
-                                const vector_fixed<double, 3>& offset_2, bool local,
-                                const dense1D<unsigned int>& DOFs);
+                                const vector_fixed<double, 3>& offset_2, bool local, const dense1D<unsigned int>& DOFs);
     /// One offset for all the elements. All zero returns 0.
     error_type set_hard_offsets(const vector_fixed<double, 3>& offset, const dense1D<unsigned int>& DOFs);
 };

@@ -37,8 +37,8 @@ public:
     numerical_model_mass& operator=(const numerical_model_mass&) = default;
     ~numerical_model_mass() override = default;
     /// Makes the mesh on `physics` over `connectivity` of shape `type`: 0 or a code above.
-    error_type init(const context& ctx, const physics_model_base& physics,
-                    const dense2D<unsigned int>& connectivity, element_type type);
+    error_type init(const context& ctx, const physics_model_base& physics, const dense2D<unsigned int>& connectivity,
+                    element_type type);
 };
 
 }  // namespace fem

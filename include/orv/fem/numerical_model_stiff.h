@@ -46,8 +46,8 @@ public:
     numerical_model_stiff_lin& operator=(const numerical_model_stiff_lin&) = default;
     ~numerical_model_stiff_lin() override = default;
     /// Makes the mesh model and registers it on ctx; 0 or the error codes above.
-    error_type init(const context& ctx, const physics_model_base& physics,
-                    const dense2D<unsigned int>& connectivity, element_type type);
+    error_type init(const context& ctx, const physics_model_base& physics, const dense2D<unsigned int>& connectivity,
+                    element_type type);
     /// Appends to `elements`, ascending, the local numbers of the elements that were
     /// bad (see bad_jacobian_ratio) at their last stiffness computation. -101 for an
     /// empty handle, -199 on memory.
@@ -68,8 +68,8 @@ public:
     numerical_model_stiff_gnl& operator=(const numerical_model_stiff_gnl&) = default;
     ~numerical_model_stiff_gnl() override = default;
     /// As numerical_model_stiff_lin::init, for a finite-strain physics.
-    error_type init(const context& ctx, const physics_model_base& physics,
-                    const dense2D<unsigned int>& connectivity, element_type type);
+    error_type init(const context& ctx, const physics_model_base& physics, const dense2D<unsigned int>& connectivity,
+                    element_type type);
     /// As numerical_model_stiff_lin::get_bad_elements.
     error_type get_bad_elements(dense1D<unsigned int>& elements) const;
 };

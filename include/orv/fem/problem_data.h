@@ -37,8 +37,7 @@ public:
     /// An empty problem on ctx: no model, no positions, no load case, a new DOF table.
     explicit problem_data(context& ctx);
     /// create(ctx), then init(...).
-    problem_data(context& ctx, dense2D<double>& pos, DOFs_mgr& DOFs, unsigned NM_ID,
-                 std::size_t nbr_load_cases);
+    problem_data(context& ctx, dense2D<double>& pos, DOFs_mgr& DOFs, unsigned NM_ID, std::size_t nbr_load_cases);
     /// Combinations of the load cases of src: new case k is the sum over cases i of src
     /// of coeffs(i, k) times case i, for loads and stresses alike. The new problem has
     /// src's context, model and (shared) DOF table, and a copy of its positions. A
@@ -46,8 +45,7 @@ public:
     /// leaves the handle empty; an empty matrix gives no load case.
     problem_data(const problem_data& src, const dense2D<double>& coeffs);
     /// The same with separate coefficients for the stresses.
-    problem_data(const problem_data& src, const dense2D<double>& load_coeffs,
-                 const dense2D<double>& stress_coeffs);
+    problem_data(const problem_data& src, const dense2D<double>& load_coeffs, const dense2D<double>& stress_coeffs);
 
     /// A new, empty problem on ctx: 0, -199 on memory.
     error_type create(context& ctx);

@@ -82,8 +82,8 @@ public:
         /// As in the linear static run.
         std::uint32_t nbr_free_DOFs = 0;
         std::uint32_t nbr_kept_imposed_DOFs = 0;  ///< DOFs imposed in some load cases only, kept in Kf
-        std::uint32_t nbr_eliminated_DOFs = 0;  ///< DOFs of the rows that are not in Kf
-        std::uint32_t nbr_total_DOFs = 0;  ///< rows of F and of the modes
+        std::uint32_t nbr_eliminated_DOFs = 0;    ///< DOFs of the rows that are not in Kf
+        std::uint32_t nbr_total_DOFs = 0;         ///< rows of F and of the modes
         /// Frequency of each dynamic mode in Hz, sqrt(lambda) / (2 pi); a mode with a
         /// lambda below 0 by round-off gets -sqrt(-lambda) / (2 pi).
         dense1D<double> frequencies;
@@ -91,31 +91,31 @@ public:
         dense1D<double> energy;
         /// Smallest and largest pivot of the last factorisation, the DOF of the worst.
         double pivot_min = 0.0;
-        double pivot_max = 0.0;  ///< largest pivot
+        double pivot_max = 0.0;                     ///< largest pivot
         std::uint32_t bad_pivot_DOF = 0xFFFFFFFFu;  ///< DOF ID at the worst pivot, 0xFFFFFFFF if none
         /// Sizes in MB.
         double size_RHS = 0.0;
-        double size_Ks = 0.0;  ///< sparse stiffness
-        double size_Kf = 0.0;  ///< block-skyline factor
-        double size_U = 0.0;  ///< static modes
-        double size_Ms = 0.0;  ///< sparse mass
-        double size_D_modes = 0.0;  ///< the Ritz space of the dynamic modes
-        double size_spare = 0.0;  ///< work arrays of the factorisation
-        double size_total = 0.0;  ///< sum the size gate compares with the limit
+        double size_Ks = 0.0;           ///< sparse stiffness
+        double size_Kf = 0.0;           ///< block-skyline factor
+        double size_U = 0.0;            ///< static modes
+        double size_Ms = 0.0;           ///< sparse mass
+        double size_D_modes = 0.0;      ///< the Ritz space of the dynamic modes
+        double size_spare = 0.0;        ///< work arrays of the factorisation
+        double size_total = 0.0;        ///< sum the size gate compares with the limit
         bool used_out_of_core = false;  ///< the out-of-core manager opened a file during the run
         ORV_FEM_DATA_ERRORS
         /// Step times in seconds, accumulated over the run.
         double time_numbering = 0.0;
-        double time_RHS = 0.0;  ///< right-hand sides
+        double time_RHS = 0.0;       ///< right-hand sides
         double time_assembly = 0.0;  ///< assembly of Ks, Kf and Ms
-        double time_factor = 0.0;  ///< factorisations
-        double time_solve = 0.0;  ///< static solve and eigen stage
-        double time_total = 0.0;  ///< whole run
+        double time_factor = 0.0;    ///< factorisations
+        double time_solve = 0.0;     ///< static solve and eigen stage
+        double time_total = 0.0;     ///< whole run
 
         data_type() = default;
         /// Shares the problem; every output default-constructed.
         explicit data_type(const problem_data& problem) : problem_data(problem) {}
-        data_type(const data_type&) = default;  ///< shares the problem and the result matrices
+        data_type(const data_type&) = default;             ///< shares the problem and the result matrices
         data_type& operator=(const data_type&) = default;  ///< shares the problem and the result matrices
         ~data_type() override = default;
 

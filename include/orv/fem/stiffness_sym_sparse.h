@@ -16,7 +16,8 @@ namespace fem {
 
 /// One element whose stiffness is the compressed matrix values, row and column i on
 /// DOF ids(i). With `absolute` non-zero it is a plain stiffness; with 0 it is a
-/// constraint, scaled by the run's penalty and added in the penalty pass only. The default constructor gives an empty handle.
+/// constraint, scaled by the run's penalty and added in the penalty pass only. The default constructor gives an empty
+/// handle.
 class stiffness_sym_sparse : public numerical_model_base {
 public:
     ORV_FEM_HANDLE(stiffness_sym_sparse, core::stiffness_sym_sparse)
@@ -25,7 +26,8 @@ public:
     /// create(ctx).
     explicit stiffness_sym_sparse(context& ctx);
     /// create(ctx), then init(values, ids, absolute); the code of init is not reported.
-    stiffness_sym_sparse(context& ctx, const symmetric_sparse<double>& values, const dense1D<unsigned int>& ids, int absolute);
+    stiffness_sym_sparse(context& ctx, const symmetric_sparse<double>& values, const dense1D<unsigned int>& ids,
+                         int absolute);
     /// A new model registered on ctx, with no values.
     error_type create(context& ctx);
     /// Shares values. -101 when the dimension differs from the IDs, the profile is not

@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
+#include <orv/fem/FEM_matrix.h>
 #include <orv/fem/context.h>
 #include <orv/fem/error_type.h>
-#include <orv/fem/FEM_matrix.h>
 
 #include <orvmath1/dense1D.h>
 #include <orvmath1/dense2D.h>
@@ -42,16 +42,14 @@ error_type stress_invariants(const dense2D<double>& stresses, dense2D<double>& I
 /// of the model. `out` is cleared first. error_data when the model does not exist or
 /// does not give stresses.
 error_type Cauchy_stresses(const context& ctx, std::uint32_t model_ID, std::uint32_t element,
-                           const dense2D<double>& pos, const FEM_matrix& U, unsigned basis,
-                           dense2D<double>& out);
+                           const dense2D<double>& pos, const FEM_matrix& U, unsigned basis, dense2D<double>& out);
 
 /// Sum of the entries of `values` whose DOF ID (IDs[k], node * 9 + position) is at the
 /// position `slot` of `field`: field_displacement takes positions 0..2, field_rotation
 /// slot + 3, field_temperature position 6 (slot ignored). For a symmetric matrix its
 /// diagonal is used. Any other field, or a slot past 2, matches no DOF and gives 0.
 /// `values` and `IDs` are read up to the shorter of the two.
-double unit_product(const dense1D<double>& values, const dense1D<unsigned int>& IDs, unsigned field,
-                    unsigned slot);
+double unit_product(const dense1D<double>& values, const dense1D<unsigned int>& IDs, unsigned field, unsigned slot);
 double unit_product(const symmetric_full<double>& values, const dense1D<unsigned int>& IDs, unsigned field,
                     unsigned slot);
 

@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-#include <orv/fem/element_type.h>
 #include <orv/fem/FEM_matrix.h>
+#include <orv/fem/element_type.h>
 #include <orv/fem/error_type.h>
 #include <orvmath1/dense2D.h>
 
@@ -33,9 +33,9 @@ namespace io {
 /// FE_wedge18, FE_hexa27) without the face and volume nodes, which come last there.
 struct element_block {
     element_type type = FE_none;
-    std::string label;                         ///< the file's type: "C3D20R", "gmsh 11"
+    std::string label;  ///< the file's type: "C3D20R", "gmsh 11"
     dense2D<unsigned int> connectivity;
-    std::vector<std::uint64_t> element_ids;    ///< the file's number of each column
+    std::vector<std::uint64_t> element_ids;  ///< the file's number of each column
 };
 
 /// An element of a mesh: a block and a column of its connectivity.
@@ -48,7 +48,7 @@ struct element_ref {
 /// A named set of nodes (0-based columns of positions, ascending, no repeats).
 struct node_set {
     std::string name;
-    int dim = -1;                              ///< the physical group's dimension; -1 for a deck
+    int dim = -1;  ///< the physical group's dimension; -1 for a deck
     std::vector<unsigned int> nodes;
 };
 
@@ -62,7 +62,7 @@ struct element_set {
 /// A mesh as read: 3 rows of positions, one column per node in the file's order.
 struct mesh {
     dense2D<double> positions;
-    std::vector<std::uint64_t> node_ids;       ///< the file's number of each column
+    std::vector<std::uint64_t> node_ids;  ///< the file's number of each column
     std::vector<element_block> blocks;
     std::vector<node_set> node_sets;
     std::vector<element_set> element_sets;
@@ -70,10 +70,10 @@ struct mesh {
 
 /// Where a read failed.
 struct read_error {
-    std::size_t line = 0;                      ///< 1-based line in a text part, 0 otherwise
-    std::uint64_t offset = 0;                  ///< byte offset from the start of the file
-    std::string file;                          ///< the file in which the fault is
-    std::string text;                          ///< the whole message
+    std::size_t line = 0;      ///< 1-based line in a text part, 0 otherwise
+    std::uint64_t offset = 0;  ///< byte offset from the start of the file
+    std::string file;          ///< the file in which the fault is
+    std::string text;          ///< the whole message
 };
 
 /// Gmsh MSH 4.1, ASCII or binary (either byte order, data size 4 or 8). Nodes, elements
@@ -99,7 +99,7 @@ struct vtk_field {
 
 /// One case, mode or step of results.
 struct vtk_frame {
-    double value = 0.0;                        ///< time, frequency or index in a collection
+    double value = 0.0;  ///< time, frequency or index in a collection
     std::vector<vtk_field> point_data;
     std::vector<vtk_field> cell_data;
 };
