@@ -517,7 +517,9 @@ TEST(ModalBar, FreeBlockHasSixRigidModes) {
         else
             EXPECT_NEAR(f7 / first_elastic, 1.0, 1e-9);
         // The factor kept is that of the retry: its smallest pivot is well away from 0.
-        if (!automatic) EXPECT_GT(std::fabs(o.data.pivot_min), 1e-8 * std::fabs(o.data.pivot_max));
+        if (!automatic) {
+            EXPECT_GT(std::fabs(o.data.pivot_min), 1e-8 * std::fabs(o.data.pivot_max));
+        }
     }
 }
 

@@ -158,7 +158,9 @@ TEST(StaticLinearFaults, NonFinitePivots) {
                 EXPECT_TRUE(std::isnan(d.pivot_min) && std::isnan(d.pivot_max));
             } else {
                 EXPECT_EQ(d.pivot_max, INF);
-                if (v.values.size() == 1) EXPECT_EQ(d.pivot_min, INF);
+                if (v.values.size() == 1) {
+                    EXPECT_EQ(d.pivot_min, INF);
+                }
             }
         }
 }
@@ -179,7 +181,9 @@ TEST(StaticLinearFaults, SizeOfKsWithoutKeepingIt) {
         s.run(d);
         ASSERT_EQ(d.error_code, 0);
         EXPECT_DOUBLE_EQ(d.size_Ks, expected);
-        if (mask == 64u) EXPECT_DOUBLE_EQ(d.size_total, d.size_Kf + d.size_RHS + d.size_U);
+        if (mask == 64u) {
+            EXPECT_DOUBLE_EQ(d.size_total, d.size_Kf + d.size_RHS + d.size_U);
+        }
     }
 }
 
@@ -210,7 +214,9 @@ TEST(StaticLinearFaults, StrainEnergyOfADisplacementDrivenModel) {
         // Case 1 is a plain load case: both energies are 1/2 F u.
         const double e1 = eliminated ? 0.03 : 0.5 * 3.0 * 0.03;
         EXPECT_NEAR(d.strain_energy[1], e1, 1e-12);
-        if (!eliminated) EXPECT_NEAR(d.energy[1], e1, 1e-12);
+        if (!eliminated) {
+            EXPECT_NEAR(d.energy[1], e1, 1e-12);
+        }
     }
 }
 
