@@ -11,6 +11,7 @@
 #include <vector>
 
 #include <orv/fem/solver_modal.h>
+#include <orv/fem/solver_static_linear.h>
 
 #include "eigen/eigen_Lanczos_hybrid.h"
 #include "eigen/eigen_mass.h"
@@ -23,18 +24,23 @@ namespace core {
 
 extern const solver_identity modal_identity;
 
-// The modal settings with the settings of the static steps at their defaults.
+// The modal settings with the settings of the static steps at the linear static run's
+// defaults, taken from its settings record so that the two never drift apart.
 struct modal_engine_settings : fem::solver_modal::settings_type {
-    std::uint32_t use_ALM = 1;
-    std::uint32_t max_iters_CG = 100;
-    std::uint32_t max_iters_ALM = 50;
-    double tol_ALM = 1E-6;
-    double tol_CG = 1E-6;
-    double ALM_floor = 1E-16;
-    bool force_positive_pivots = false;
+    static const fem::solver_static_linear::settings_type& static_defaults() {
+        static const fem::solver_static_linear::settings_type defaults;
+        return defaults;
+    }
+    std::uint32_t use_ALM = static_defaults().use_ALM;
+    std::uint32_t max_iters_CG = static_defaults().max_iters_CG;
+    std::uint32_t max_iters_ALM = static_defaults().max_iters_ALM;
+    double tol_ALM = static_defaults().tol_ALM;
+    double tol_CG = static_defaults().tol_CG;
+    double ALM_floor = static_defaults().ALM_floor;
+    bool force_positive_pivots = static_defaults().force_positive_pivots;
 };
 
-namespace modal_internal {
+namespace modal_detail {
 
 constexpr double two_pi = 6.283185307179586;
 
@@ -97,7 +103,7 @@ inline double mean_diagonal(const symmetric_sparse<double>& A) {
     return A.dim() ? sum / double(A.dim()) : 0.0;
 }
 
-}  // namespace modal_internal
+}  // namespace modal_detail
 
 template <class Types, class Settings, class Data>
 class solver_modal : public solver_static_linear<Types, Settings, Data> {
@@ -146,7 +152,7 @@ protected:
     bool l2_finite_ = false;
     double shift_ = 0.0;
     std::size_t count_ = 0;
-    modal_internal::ritz_plan plan_;
+    modal_detail::ritz_plan plan_;
     bool static_factor_usable_ = false;
     bool shifted_ready_ = false;
     Ptr<states_type> D_;
@@ -190,7 +196,7 @@ void solver_modal<Types, Settings, Data>::numbering(Data& data) {
     data.size_Ms = n ? (4.0 * double(n + 18 + Ms_nnz_) + 8.0 * double(Ms_nnz_)) / 1048576.0 : 0.0;
     // The Ritz space at its largest: max_modes * max(ritz_factor, 2) + 4 vectors.
     const std::size_t m =
-        modal_internal::plan_ritz(~std::size_t(0) / 4, settings().max_modes, settings().ritz_factor, n).size;
+        modal_detail::plan_ritz(~std::size_t(0) / 4, settings().max_modes, settings().ritz_factor, n).size;
     data.size_D_modes = double(n) * double(m) * 8.0 / 1048576.0;
 }
 
@@ -274,12 +280,12 @@ int solver_modal<Types, Settings, Data>::sturm_count(double lambda, std::size_t&
 template <class Types, class Settings, class Data>
 void solver_modal<Types, Settings, Data>::count_modes(Data& data) {
     const Settings& s = settings();
-    plan_ = modal_internal::ritz_plan();
+    plan_ = modal_detail::ritz_plan();
     if (!(s.output_mask & fem::mask_modes)) return;  // static modes only
-    l1_ = modal_internal::lambda_of(std::max(s.freq_min, 0.0));
-    l2_ = modal_internal::lambda_of(s.freq_max);
+    l1_ = modal_detail::lambda_of(std::max(s.freq_min, 0.0));
+    l2_ = modal_detail::lambda_of(s.freq_max);
     l2_finite_ = std::isfinite(s.freq_max) && s.freq_max < DBL_MAX && l2_ < DBL_MAX;
-    shift_ = s.auto_shift ? modal_internal::auto_shift(l1_, l2_, l2_finite_) : 0.0;
+    shift_ = s.auto_shift ? modal_detail::auto_shift(l1_, l2_, l2_finite_) : 0.0;
     const std::size_t n = this->free_IDs_->size();
     const bool ran = this->step(data, data.time_factor, nullptr, [&] {
         if (!l2_finite_) {
@@ -300,7 +306,7 @@ void solver_modal<Types, Settings, Data>::count_modes(Data& data) {
         this->log(1, "#modes in range [%+E %+E] : %d\n", l1_, l2_, int(count_));
     else
         this->log(1, "#modes in range [%+E +INF] : %d\n", l1_, int(count_));
-    plan_ = modal_internal::plan_ritz(count_, s.max_modes, s.ritz_factor, n);
+    plan_ = modal_detail::plan_ritz(count_, s.max_modes, s.ritz_factor, n);
     if (plan_.limited) this->log(1, "  !! => limited to %d modes.\n", int(plan_.wanted));
     this->log(1, "Ritz-space size          : %10llu\n", static_cast<unsigned long long>(plan_.size));
     this->log_size(2, "Requested memory D-modes : ", static_cast<unsigned long long>(n) * plan_.size,
@@ -358,7 +364,7 @@ void solver_modal<Types, Settings, Data>::factorize_shifted(Data& data) {
                 return this->set_error(data, fem::error_pivot, "Pivot error.", base::line_pivot);
             }
             if (!v.warning) break;
-            const double mean = modal_internal::mean_diagonal(Ms_->matrix());
+            const double mean = modal_detail::mean_diagonal(Ms_->matrix());
             if (attempt == max_retries || !(mean > 0)) {
                 if (!data.warning_code) data.bad_pivot_DOF = at;
                 this->set_warning(data, fem::warning_pivot, "Pivot warning.");
@@ -436,7 +442,7 @@ void solver_modal<Types, Settings, Data>::report_modes(Data& data) {
         if (l2_finite_) this->set_warning(data, fem::warning_missing_modes, "Potentially missing modes.");
     }
     data.frequencies = dense1D<double>(found, 0.0);
-    for (std::size_t i = 0; i < found; ++i) data.frequencies[i] = modal_internal::frequency_of(lambda_[i]);
+    for (std::size_t i = 0; i < found; ++i) data.frequencies[i] = modal_detail::frequency_of(lambda_[i]);
     const unsigned long long statics = this->U_ ? this->nbr_cases_ : 0;
     this->log(1, "Dynamic modes actually computed    : %d\n", int(found));
     this->log(1, "Static modes actually computed     : %d\n", int(statics));
@@ -460,8 +466,8 @@ void solver_modal<Types, Settings, Data>::post_process(Data& data) {
         if (!x) return this->set_error(data, fem::error_internal, "Modal solver.", line_modal_solver);
         std::fill(Mx.begin(), Mx.end(), 0.0);
         std::fill(Kx.begin(), Kx.end(), 0.0);
-        modal_internal::sparse_mult_add(M, x, Mx.data());
-        modal_internal::sparse_mult_add(Ks, x, Kx.data());
+        modal_detail::sparse_mult_add(M, x, Mx.data());
+        modal_detail::sparse_mult_add(Ks, x, Kx.data());
         double m = 0.0, k = 0.0, p[3] = {0.0, 0.0, 0.0};
         for (std::size_t i = 0; i < n; ++i) {
             m += x[i] * Mx[i];
@@ -502,7 +508,7 @@ void solver_modal<Types, Settings, Data>::release_modal() {
     D_.reset();
     lambda_.clear();
     count_ = 0;
-    plan_ = modal_internal::ritz_plan();
+    plan_ = modal_detail::ritz_plan();
     static_factor_usable_ = shifted_ready_ = false;
 }
 
