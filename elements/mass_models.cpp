@@ -38,35 +38,19 @@ const unsigned xyz[3] = {0, 1, 2};
 
 }  // namespace
 
-model_line_mass::model_line_mass() = default;
-model_line_mass::model_line_mass(const base_class& density) { init(density); }
-error_type model_line_mass::init(const base_class& density) {
-    return make_mass<core::mass_displacement_1d>(*this, density, xyz, 3);
-}
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_line_mass, make_mass<core::mass_displacement_1d>(*this, law, xyz, 3))
 
-model_surf_mass::model_surf_mass() = default;
-model_surf_mass::model_surf_mass(const base_class& density) { init(density); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_surf_mass, make_mass<core::mass_displacement_2d>(*this, law, xyz, 3))
 model_surf_mass::model_surf_mass(const base_class& density, unsigned axis) { init(density, axis); }
-error_type model_surf_mass::init(const base_class& density) {
-    return make_mass<core::mass_displacement_2d>(*this, density, xyz, 3);
-}
 error_type model_surf_mass::init(const base_class& density, unsigned axis) {
     // the in-plane slots of the plane strain model of the same axis
     const unsigned slots[2] = {axis == 0 ? 1u : 0u, axis == 0 || axis == 1 ? 2u : 1u};
     return make_mass<core::mass_displacement_2d>(*this, density, slots, 2);
 }
 
-model_solid_mass::model_solid_mass() = default;
-model_solid_mass::model_solid_mass(const base_class& density) { init(density); }
-error_type model_solid_mass::init(const base_class& density) {
-    return make_mass<core::mass_displacement_3d>(*this, density, xyz, 3);
-}
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_solid_mass, make_mass<core::mass_displacement_3d>(*this, law, xyz, 3))
 
-model_axi3d_mass::model_axi3d_mass() = default;
-model_axi3d_mass::model_axi3d_mass(const base_class& density) { init(density); }
-error_type model_axi3d_mass::init(const base_class& density) {
-    return make_mass<core::mass_axi3d>(*this, density, xyz, 2);
-}
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_axi3d_mass, make_mass<core::mass_axi3d>(*this, law, xyz, 2))
 
 numerical_model_mass::numerical_model_mass() = default;
 numerical_model_mass::numerical_model_mass(const context& ctx, const physics_model_base& physics,

@@ -89,13 +89,9 @@ error_type make_rod(physics_model_base& h, const base_class& law, unsigned kinem
 
 }  // namespace
 
-model_solid_lin::model_solid_lin() = default;
-model_solid_lin::model_solid_lin(const base_class& law) { init(law); }
-error_type model_solid_lin::init(const base_class& law) { return make_solid(*this, law, core::kinematics_lin); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_solid_lin, make_solid(*this, law, core::kinematics_lin))
 
-model_solid_gnl::model_solid_gnl() = default;
-model_solid_gnl::model_solid_gnl(const base_class& law) { init(law); }
-error_type model_solid_gnl::init(const base_class& law) { return make_solid(*this, law, core::kinematics_gnl); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_solid_gnl, make_solid(*this, law, core::kinematics_gnl))
 
 model_plane_strain_lin::model_plane_strain_lin() = default;
 model_plane_strain_lin::model_plane_strain_lin(const base_class& law, unsigned axis) { init(law, axis); }
@@ -109,41 +105,24 @@ error_type model_plane_strain_gnl::init(const base_class& law, unsigned axis) {
     return make_plane_strain(*this, law, core::kinematics_gnl, axis);
 }
 
-model_axi3d_lin::model_axi3d_lin() = default;
-model_axi3d_lin::model_axi3d_lin(const base_class& law) { init(law); }
-error_type model_axi3d_lin::init(const base_class& law) { return make_axi(*this, law, core::kinematics_lin); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_axi3d_lin, make_axi(*this, law, core::kinematics_lin))
 
 // The finite axisymmetric code is 15100.
-model_axi3d_gnl::model_axi3d_gnl() = default;
-model_axi3d_gnl::model_axi3d_gnl(const base_class& law) { init(law); }
-error_type model_axi3d_gnl::init(const base_class& law) { return make_axi(*this, law, core::kinematics_gnls); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_axi3d_gnl, make_axi(*this, law, core::kinematics_gnls))
 
-model_axi_torsion_lin::model_axi_torsion_lin() = default;
-model_axi_torsion_lin::model_axi_torsion_lin(const base_class& law) { init(law); }
-error_type model_axi_torsion_lin::init(const base_class& law) {
-    return make_physics<core::mechanical_displacement_axi_torsion, core::law_solid_stiff, core::mesh_material_solid>(
-        *this, law, core::kinematics_lin, xyz, 3);
-}
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_axi_torsion_lin,
+                            make_physics<core::mechanical_displacement_axi_torsion, core::law_solid_stiff,
+                                         core::mesh_material_solid>(*this, law, core::kinematics_lin, xyz, 3))
 
-model_membrane_lin::model_membrane_lin() = default;
-model_membrane_lin::model_membrane_lin(const base_class& law) { init(law); }
-error_type model_membrane_lin::init(const base_class& law) { return make_membrane(*this, law, core::kinematics_lin); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_membrane_lin, make_membrane(*this, law, core::kinematics_lin))
 
-model_membrane_gnl::model_membrane_gnl() = default;
-model_membrane_gnl::model_membrane_gnl(const base_class& law) { init(law); }
-error_type model_membrane_gnl::init(const base_class& law) { return make_membrane(*this, law, core::kinematics_gnl); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_membrane_gnl, make_membrane(*this, law, core::kinematics_gnl))
 
-model_rod_lin::model_rod_lin() = default;
-model_rod_lin::model_rod_lin(const base_class& law) { init(law); }
-error_type model_rod_lin::init(const base_class& law) { return make_rod(*this, law, core::kinematics_lin); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_rod_lin, make_rod(*this, law, core::kinematics_lin))
 
-model_rod_gnld::model_rod_gnld() = default;
-model_rod_gnld::model_rod_gnld(const base_class& law) { init(law); }
-error_type model_rod_gnld::init(const base_class& law) { return make_rod(*this, law, core::kinematics_gnld); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_rod_gnld, make_rod(*this, law, core::kinematics_gnld))
 
-model_rod_gnl::model_rod_gnl() = default;
-model_rod_gnl::model_rod_gnl(const base_class& law) { init(law); }
-error_type model_rod_gnl::init(const base_class& law) { return make_rod(*this, law, core::kinematics_gnl); }
+ORV_FEM_PHYSICS_HANDLE_IMPL(model_rod_gnl, make_rod(*this, law, core::kinematics_gnl))
 
 }  // namespace fem
 }  // namespace orv

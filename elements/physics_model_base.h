@@ -8,6 +8,13 @@
 #include "elements/mesh_material.h"
 #include "orvmath1/ref_counted.h"
 
+// Definitions of the members ORV_FEM_PHYSICS_HANDLE declares, in namespace orv::fem:
+// the expression after X makes the physics of *this on `law` (it may hold commas).
+#define ORV_FEM_PHYSICS_HANDLE_IMPL(X, ...)    \
+    X::X() = default;                          \
+    X::X(const base_class& law) { init(law); } \
+    error_type X::init(const base_class& law) { return __VA_ARGS__; }
+
 namespace orv {
 namespace core {
 

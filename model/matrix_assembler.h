@@ -217,36 +217,34 @@ public:
     int add_diag(double factor, const DOF_vector& d) override { return Skew ? 0 : base::add_diag(factor, d); }
     int add_gen(double, const element_gen_matrix&) override { return 0; }
     int add_sparse(double factor, const element_sparse_matrix& e, bool symmetric) override {
-        value_type f;
-        if (symmetric == Skew || !begin_add(factor, e, f)) return 0;
-        if constexpr (has_element_add<storage_type>::value) {
-            element_positions(e.matrix().dim());
-            return storage().add(f, e.matrix(), map_.data(), Skew) == fem::error_memory ? fem::error_memory : 0;
-        } else {
-            return detail::for_each_sparse_entry(
-                e, pairs_, map_, [&](std::uint32_t I, std::uint32_t J, std::size_t, std::size_t, double v) {
-                    return add_entry(I, J, f, v);
-                });
-        }
+        return add_triangle(factor, e, symmetric,
+                            [&](auto entry) { return detail::for_each_sparse_entry(e, pairs_, map_, entry); });
     }
     int add_sym(double factor, const element_sym_matrix& e, bool symmetric) override {
-        value_type f;
-        if (symmetric == Skew || !begin_add(factor, e, f)) return 0;
-        if constexpr (has_element_add<storage_type>::value) {
-            element_positions(e.matrix().dim());
-            return storage().add(f, e.matrix(), map_.data(), Skew) == fem::error_memory ? fem::error_memory : 0;
-        } else {
-            return detail::for_each_sym_entry(
-                e, pairs_, [&](std::uint32_t I, std::uint32_t J, std::size_t, std::size_t, double v) {
-                    return add_entry(I, J, f, v);
-                });
-        }
+        return add_triangle(factor, e, symmetric,
+                            [&](auto entry) { return detail::for_each_sym_entry(e, pairs_, entry); });
     }
 
 private:
     typedef typename std::decay<decltype(std::declval<Target&>().matrix())>::type storage_type;
 
     auto& storage() const { return target_->matrix(); }
+
+    // One symmetric or skew element matrix: through the storage's own element add
+    // where it has one, else entry by entry (for_each visits the entries).
+    template <class Element, class ForEach>
+    int add_triangle(double factor, const Element& e, bool symmetric, ForEach for_each) {
+        value_type f;
+        if (symmetric == Skew || !begin_add(factor, e, f)) return 0;
+        if constexpr (has_element_add<storage_type>::value) {
+            element_positions(e.matrix().dim());
+            return storage().add(f, e.matrix(), map_.data(), Skew) == fem::error_memory ? fem::error_memory : 0;
+        } else {
+            return for_each([&](std::uint32_t I, std::uint32_t J, std::size_t, std::size_t, double v) {
+                return add_entry(I, J, f, v);
+            });
+        }
+    }
 
     // map_[k]: the target position of element row k, ~0 when the target lacks it.
     void element_positions(std::size_t n) {

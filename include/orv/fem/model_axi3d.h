@@ -8,51 +8,25 @@
 namespace orv {
 namespace fem {
 
-/// Small-strain axisymmetric solid physics.
+/// Small-strain axisymmetric solid physics on a solid stiffness law, used on the six
+/// slots E11 (radial), E22 (axial), E33 (hoop), 2 E12 and, for the torsion physics,
+/// 2 E13 and 2 E23. Coordinates: r the first, z the second.
 class model_axi3d_lin : public physics_model_base {
 public:
-    model_axi3d_lin();
-    /// Makes the physics on a law: init(law).
-    explicit model_axi3d_lin(const base_class& law);
-    /// Shares the physics of another handle.
-    model_axi3d_lin(const model_axi3d_lin&) = default;
-    /// Shares the physics of another handle.
-    model_axi3d_lin& operator=(const model_axi3d_lin&) = default;
-    ~model_axi3d_lin() override = default;
-    /// law: a solid stiffness law on the six slots E11 (radial), E22 (axial), E33
-    /// (hoop), 2 E12 and, for the torsion physics, 2 E13 and 2 E23. Coordinates: r
-    /// the first, z the second. -101 when the handle holds no solid stiffness law.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_axi3d_lin)
 };
 
-/// Finite-strain axisymmetric solid physics.
+/// Finite-strain axisymmetric solid physics on a solid stiffness law.
 class model_axi3d_gnl : public physics_model_base {
 public:
-    model_axi3d_gnl();
-    /// Makes the physics on a law: init(law).
-    explicit model_axi3d_gnl(const base_class& law);
-    /// Shares the physics of another handle.
-    model_axi3d_gnl(const model_axi3d_gnl&) = default;
-    /// Shares the physics of another handle.
-    model_axi3d_gnl& operator=(const model_axi3d_gnl&) = default;
-    ~model_axi3d_gnl() override = default;
-    /// As model_axi3d_lin::init.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_axi3d_gnl)
 };
 
-/// Small-strain axisymmetric solid physics with torsion (hoop displacement in slot 2).
+/// Small-strain axisymmetric solid physics with torsion (hoop displacement in slot 2),
+/// on a solid stiffness law with the six strain slots.
 class model_axi_torsion_lin : public physics_model_base {
 public:
-    model_axi_torsion_lin();
-    /// Makes the physics on a law: init(law).
-    explicit model_axi_torsion_lin(const base_class& law);
-    /// Shares the physics of another handle.
-    model_axi_torsion_lin(const model_axi_torsion_lin&) = default;
-    /// Shares the physics of another handle.
-    model_axi_torsion_lin& operator=(const model_axi_torsion_lin&) = default;
-    ~model_axi_torsion_lin() override = default;
-    /// As model_axi3d_lin::init, with the six strain slots.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_axi_torsion_lin)
 };
 
 }  // namespace fem

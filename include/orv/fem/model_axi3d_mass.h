@@ -9,22 +9,12 @@
 namespace orv {
 namespace fem {
 
-/// Mass physics of axisymmetric sections (mass per unit volume, rings of radius r), on a law_scalar holding the
-/// density.
+/// Mass physics of axisymmetric sections (rings of radius r) on a law_scalar whose
+/// value is the mass per unit volume; init also gives -101 when that value is not a
+/// positive finite number.
 class model_axi3d_mass : public physics_model_base {
 public:
-    model_axi3d_mass();
-    /// Makes the physics on a density law; see init().
-    explicit model_axi3d_mass(const base_class& density);
-    /// Shares the physics of another handle.
-    model_axi3d_mass(const model_axi3d_mass&) = default;
-    /// Shares the physics of another handle.
-    model_axi3d_mass& operator=(const model_axi3d_mass&) = default;
-    ~model_axi3d_mass() override = default;
-    /// density: a law_scalar whose value is the mass per unit volume. -101 when the
-    /// handle holds no law_scalar or its value is not a positive finite number (the
-    /// handle is then empty), -199 on memory.
-    error_type init(const base_class& density);
+    ORV_FEM_PHYSICS_HANDLE(model_axi3d_mass)
 };
 
 }  // namespace fem

@@ -9,35 +9,17 @@
 namespace orv {
 namespace fem {
 
-/// Small-strain membrane physics.
+/// Small-strain membrane physics on a membrane stiffness law (forces per unit length;
+/// the thickness is in its data).
 class model_membrane_lin : public physics_model_base {
 public:
-    model_membrane_lin();
-    /// Makes the physics on a law: init(law).
-    explicit model_membrane_lin(const base_class& law);
-    /// Shares the physics of another handle.
-    model_membrane_lin(const model_membrane_lin&) = default;
-    /// Shares the physics of another handle.
-    model_membrane_lin& operator=(const model_membrane_lin&) = default;
-    ~model_membrane_lin() override = default;
-    /// law: a membrane stiffness law (forces per unit length; the thickness is in its
-    /// data). -101 when the handle holds none.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_membrane_lin)
 };
 
-/// Finite-strain membrane physics.
+/// Finite-strain membrane physics on a membrane stiffness law.
 class model_membrane_gnl : public physics_model_base {
 public:
-    model_membrane_gnl();
-    /// Makes the physics on a law: init(law).
-    explicit model_membrane_gnl(const base_class& law);
-    /// Shares the physics of another handle.
-    model_membrane_gnl(const model_membrane_gnl&) = default;
-    /// Shares the physics of another handle.
-    model_membrane_gnl& operator=(const model_membrane_gnl&) = default;
-    ~model_membrane_gnl() override = default;
-    /// As model_membrane_lin::init.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_membrane_gnl)
 };
 
 }  // namespace fem

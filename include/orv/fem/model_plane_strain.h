@@ -13,11 +13,6 @@ public:
     model_plane_strain_lin();
     /// Makes the physics on a law: init(law, axis).
     model_plane_strain_lin(const base_class& law, unsigned axis);
-    /// Shares the physics of another handle.
-    model_plane_strain_lin(const model_plane_strain_lin&) = default;
-    /// Shares the physics of another handle.
-    model_plane_strain_lin& operator=(const model_plane_strain_lin&) = default;
-    ~model_plane_strain_lin() override = default;
     /// law: a solid stiffness law, used on the six strain slots with E33 = 0 (its S33
     /// is the out-of-plane stress). axis: the axis normal to the plane; 0 gives the
     /// in-plane DOF slots 1 and 2 (coordinates y, z), 1 gives 0 and 2, any other value
@@ -32,11 +27,6 @@ public:
     model_plane_strain_gnl();
     /// Makes the physics on a law: init(law, axis).
     model_plane_strain_gnl(const base_class& law, unsigned axis);
-    /// Shares the physics of another handle.
-    model_plane_strain_gnl(const model_plane_strain_gnl&) = default;
-    /// Shares the physics of another handle.
-    model_plane_strain_gnl& operator=(const model_plane_strain_gnl&) = default;
-    ~model_plane_strain_gnl() override = default;
     /// As model_plane_strain_lin::init.
     error_type init(const base_class& law, unsigned axis);
 };

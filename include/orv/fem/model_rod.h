@@ -9,49 +9,22 @@
 namespace orv {
 namespace fem {
 
-/// Small-strain rod physics.
+/// Small-strain rod physics on a rod law (E, area, alpha).
 class model_rod_lin : public physics_model_base {
 public:
-    model_rod_lin();
-    /// Makes the physics on a law: init(law).
-    explicit model_rod_lin(const base_class& law);
-    /// Shares the physics of another handle.
-    model_rod_lin(const model_rod_lin&) = default;
-    /// Shares the physics of another handle.
-    model_rod_lin& operator=(const model_rod_lin&) = default;
-    ~model_rod_lin() override = default;
-    /// law: a rod law (E, area, alpha). -101 when the handle holds none.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_rod_lin)
 };
 
-/// Rod physics with the engineering stretch on the current axis.
+/// Rod physics with the engineering stretch on the current axis, on a rod law.
 class model_rod_gnld : public physics_model_base {
 public:
-    model_rod_gnld();
-    /// Makes the physics on a law: init(law).
-    explicit model_rod_gnld(const base_class& law);
-    /// Shares the physics of another handle.
-    model_rod_gnld(const model_rod_gnld&) = default;
-    /// Shares the physics of another handle.
-    model_rod_gnld& operator=(const model_rod_gnld&) = default;
-    ~model_rod_gnld() override = default;
-    /// As model_rod_lin::init.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_rod_gnld)
 };
 
-/// Rod physics with the Green-Lagrange strain.
+/// Rod physics with the Green-Lagrange strain, on a rod law.
 class model_rod_gnl : public physics_model_base {
 public:
-    model_rod_gnl();
-    /// Makes the physics on a law: init(law).
-    explicit model_rod_gnl(const base_class& law);
-    /// Shares the physics of another handle.
-    model_rod_gnl(const model_rod_gnl&) = default;
-    /// Shares the physics of another handle.
-    model_rod_gnl& operator=(const model_rod_gnl&) = default;
-    ~model_rod_gnl() override = default;
-    /// As model_rod_lin::init.
-    error_type init(const base_class& law);
+    ORV_FEM_PHYSICS_HANDLE(model_rod_gnl)
 };
 
 }  // namespace fem

@@ -7,21 +7,11 @@
 namespace orv {
 namespace fem {
 
-/// Mass physics of solids (mass per unit volume), on a law_scalar holding the density.
+/// Mass physics of solids on a law_scalar whose value is the mass per unit volume;
+/// init also gives -101 when that value is not a positive finite number.
 class model_solid_mass : public physics_model_base {
 public:
-    model_solid_mass();
-    /// Makes the physics on a density law; see init().
-    explicit model_solid_mass(const base_class& density);
-    /// Shares the physics of another handle.
-    model_solid_mass(const model_solid_mass&) = default;
-    /// Shares the physics of another handle.
-    model_solid_mass& operator=(const model_solid_mass&) = default;
-    ~model_solid_mass() override = default;
-    /// density: a law_scalar whose value is the mass per unit volume. -101 when the
-    /// handle holds no law_scalar or its value is not a positive finite number (the
-    /// handle is then empty), -199 on memory.
-    error_type init(const base_class& density);
+    ORV_FEM_PHYSICS_HANDLE(model_solid_mass)
 };
 
 }  // namespace fem

@@ -8,22 +8,13 @@
 namespace orv {
 namespace fem {
 
-/// Mass physics of surfaces (mass per unit area), on a law_scalar holding the density.
+/// Mass physics of surfaces on a law_scalar whose value is the mass per unit area
+/// (density times thickness); init also gives -101 when that value is not a positive
+/// finite number. The mass goes to the three displacement DOFs of each node, as the
+/// membranes have them, or to the two in-plane DOFs of a plane strain model.
 class model_surf_mass : public physics_model_base {
 public:
-    model_surf_mass();
-    /// Makes the physics on a density law; see init().
-    explicit model_surf_mass(const base_class& density);
-    /// Shares the physics of another handle.
-    model_surf_mass(const model_surf_mass&) = default;
-    /// Shares the physics of another handle.
-    model_surf_mass& operator=(const model_surf_mass&) = default;
-    ~model_surf_mass() override = default;
-    /// density: a law_scalar whose value is the mass per unit area (density times
-    /// thickness). The mass goes to the three displacement DOFs of each node, as the
-    /// membranes have them. -101 when the handle holds no law_scalar or its value is
-    /// not a positive finite number (the handle is then empty), -199 on memory.
-    error_type init(const base_class& density);
+    ORV_FEM_PHYSICS_HANDLE(model_surf_mass)
     /// The same on the two in-plane DOFs of a plane strain model whose plane is normal
     /// to `axis`: 0 gives the slots 1 and 2, 1 gives 0 and 2, any other value 0 and 1.
     model_surf_mass(const base_class& density, unsigned axis);

@@ -21,7 +21,7 @@ namespace fem {
 
 /// A model lives in the registry of the context it was created on; its ID names it
 /// there (numerical_models_mgr, problem_data, composites and load records use the ID).
-/// The default constructor gives an empty handle.
+/// The default constructor gives an empty handle; copies of a handle share its model.
 class numerical_model_base : public base_class {
 public:
     ORV_FEM_HANDLE(numerical_model_base, core::numerical_model_base)

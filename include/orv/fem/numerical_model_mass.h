@@ -31,11 +31,6 @@ public:
     /// Makes the mesh; an empty handle on failure (init() gives the code).
     numerical_model_mass(const context& ctx, const physics_model_base& physics,
                          const dense2D<unsigned int>& connectivity, element_type type);
-    /// Shares the model of another handle.
-    numerical_model_mass(const numerical_model_mass&) = default;
-    /// Shares the model of another handle.
-    numerical_model_mass& operator=(const numerical_model_mass&) = default;
-    ~numerical_model_mass() override = default;
     /// Makes the mesh on `physics` over `connectivity` of shape `type`: 0 or a code above.
     error_type init(const context& ctx, const physics_model_base& physics, const dense2D<unsigned int>& connectivity,
                     element_type type);

@@ -40,11 +40,6 @@ public:
     /// init(ctx, physics, connectivity, type); an empty handle when that fails.
     numerical_model_stiff_lin(const context& ctx, const physics_model_base& physics,
                               const dense2D<unsigned int>& connectivity, element_type type);
-    /// Shares the model of another handle.
-    numerical_model_stiff_lin(const numerical_model_stiff_lin&) = default;
-    /// Shares the model of another handle.
-    numerical_model_stiff_lin& operator=(const numerical_model_stiff_lin&) = default;
-    ~numerical_model_stiff_lin() override = default;
     /// Makes the mesh model and registers it on ctx; 0 or the error codes above.
     error_type init(const context& ctx, const physics_model_base& physics, const dense2D<unsigned int>& connectivity,
                     element_type type);
@@ -62,11 +57,6 @@ public:
     /// init(ctx, physics, connectivity, type); an empty handle when that fails.
     numerical_model_stiff_gnl(const context& ctx, const physics_model_base& physics,
                               const dense2D<unsigned int>& connectivity, element_type type);
-    /// Shares the model of another handle.
-    numerical_model_stiff_gnl(const numerical_model_stiff_gnl&) = default;
-    /// Shares the model of another handle.
-    numerical_model_stiff_gnl& operator=(const numerical_model_stiff_gnl&) = default;
-    ~numerical_model_stiff_gnl() override = default;
     /// As numerical_model_stiff_lin::init, for a finite-strain physics.
     error_type init(const context& ctx, const physics_model_base& physics, const dense2D<unsigned int>& connectivity,
                     element_type type);

@@ -6,6 +6,17 @@
 #include <orv/fem/error_type.h>
 #include <orv/fem/law_base.h>
 
+/// Members of a physics handle class X made on one law: the empty handle, the
+/// constructor that calls init(law), and init itself, which gives 0, -101 when `law`
+/// holds no law of the kind the physics takes (the handle is then empty) or -199 on
+/// memory. Put it in the public part of the class; the class comment names the law.
+#define ORV_FEM_PHYSICS_HANDLE(X)                     \
+    X();                                              \
+    /* init(law); an empty handle when that fails. */ \
+    explicit X(const ::orv::fem::base_class& law);    \
+    /* Makes the physics on law. */                   \
+    ::orv::fem::error_type init(const ::orv::fem::base_class& law);
+
 namespace orv {
 namespace core {
 class physics_model_base;
