@@ -77,24 +77,16 @@ void solid_geometry(const Table& t, unsigned p, const double (*X)[3], point_geom
     }
 }
 
-// Planar point: the first two coordinates of X are the plane's; the third slot of the
-// gradients is 0.
-template <class Table, unsigned NN = Table::nbr_nodes>
-void planar_geometry(const Table& t, unsigned p, const double (*X)[3], point_geometry<NN>& geo) {
-    double J[4] = {0, 0, 0, 0};
-    for (unsigned i = 0; i < NN; ++i)
-        for (unsigned a = 0; a < 2; ++a) {
-            J[2 * a + 0] += t.dN[p][i][a] * X[i][0];
-            J[2 * a + 1] += t.dN[p][i][a] * X[i][1];
-        }
-    const double det = J[0] * J[3] - J[1] * J[2];
-    double inv[4] = {0, 0, 0, 0};
-    if (det != 0.0) {
-        inv[0] = J[3] / det;
-        inv[1] = -J[1] / det;
-        inv[2] = -J[2] / det;
-        inv[3] = J[0] / det;
-    }
+// The end of a point of a 2-D parametric map whose Jacobian [[a, b], [c, d]] maps
+// the in-plane gradients to the parametric ones ([dN/dxi, dN/deta] = J [g1, g2]):
+// weights, shape values, the radius (first coordinate) and the gradients, whose third
+// slot is 0. A singular J gives zero gradients and weight.
+template <class Table, unsigned NN>
+void plane_gradients(const Table& t, unsigned p, const double (*X)[3], double a, double b, double c, double d,
+                     point_geometry<NN>& geo) {
+    const double det = a * d - b * c;
+    const double inv[4] = {det != 0.0 ? d / det : 0.0, det != 0.0 ? -b / det : 0.0, det != 0.0 ? -c / det : 0.0,
+                           det != 0.0 ? a / det : 0.0};
     geo.detJ = det;
     geo.w = t.point[p].weight * det;
     geo.r = 0.0;
@@ -105,6 +97,19 @@ void planar_geometry(const Table& t, unsigned p, const double (*X)[3], point_geo
         geo.g[i][1] = inv[2] * t.dN[p][i][0] + inv[3] * t.dN[p][i][1];
         geo.g[i][2] = 0.0;
     }
+}
+
+// Planar point: the first two coordinates of X are the plane's; the third slot of the
+// gradients is 0.
+template <class Table, unsigned NN = Table::nbr_nodes>
+void planar_geometry(const Table& t, unsigned p, const double (*X)[3], point_geometry<NN>& geo) {
+    double J[4] = {0, 0, 0, 0};
+    for (unsigned i = 0; i < NN; ++i)
+        for (unsigned a = 0; a < 2; ++a) {
+            J[2 * a + 0] += t.dN[p][i][a] * X[i][0];
+            J[2 * a + 1] += t.dN[p][i][a] * X[i][1];
+        }
+    plane_gradients(t, p, X, J[0], J[1], J[2], J[3], geo);
 }
 
 // The rotation of six-slot strains (E11, E22, E33, 2 E12, 2 E13, 2 E23) into a frame
@@ -145,20 +150,7 @@ void surface_geometry(const Table& t, unsigned p, const double (*X)[3], point_ge
     const double b = t1[0] * geo.T[1][0] + t1[1] * geo.T[1][1] + t1[2] * geo.T[1][2];
     const double c = t2[0] * geo.T[0][0] + t2[1] * geo.T[0][1] + t2[2] * geo.T[0][2];
     const double d = t2[0] * geo.T[1][0] + t2[1] * geo.T[1][1] + t2[2] * geo.T[1][2];
-    const double det = a * d - b * c;
-    const double inv[4] = {det != 0.0 ? d / det : 0.0, det != 0.0 ? -b / det : 0.0, det != 0.0 ? -c / det : 0.0,
-                           det != 0.0 ? a / det : 0.0};
-    geo.detJ = det;
-    geo.w = t.point[p].weight * det;
-    geo.r = 0.0;
-    for (unsigned i = 0; i < NN; ++i) {
-        geo.N[i] = t.N[p][i];
-        geo.r += geo.N[i] * X[i][0];
-        // [dN/dxi, dN/deta] = [[a, b], [c, d]] [dN/de1, dN/de2]
-        geo.g[i][0] = inv[0] * t.dN[p][i][0] + inv[1] * t.dN[p][i][1];
-        geo.g[i][1] = inv[2] * t.dN[p][i][0] + inv[3] * t.dN[p][i][1];
-        geo.g[i][2] = 0.0;
-    }
+    plane_gradients(t, p, X, a, b, c, d, geo);
 }
 
 // Line point in 3-D: the tangent t (J), e1 along it, the length factor |t| and the

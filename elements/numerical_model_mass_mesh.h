@@ -92,12 +92,7 @@ numerical_model_base* make_mass_mesh(context_type* ctx, const Ptr<physics_model_
 
 // Creation of a mass mesh by shape family (one source file each): null when the
 // physics has no model on that shape.
-numerical_model_base* create_mass_mesh_edge(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                            const dense2D<unsigned int>& connectivity, fem::element_type type);
-numerical_model_base* create_mass_mesh_face(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                            const dense2D<unsigned int>& connectivity, fem::element_type type);
-numerical_model_base* create_mass_mesh_solid(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                             const dense2D<unsigned int>& connectivity, fem::element_type type);
+mesh_creator create_mass_mesh_edge, create_mass_mesh_face, create_mass_mesh_solid;
 
 // The public creation path: -101 for a physics that is no mass physics with a
 // density law, -104 for a shape outside the family table of the physics, -105 for a

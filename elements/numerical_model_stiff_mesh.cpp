@@ -145,13 +145,8 @@ bool stiff_mesh_base::accepts_load(const fem::elementary_load& record) const {
 int stiff_mesh_base::get_DOFs(const DOFs_mgr&, std::uint32_t element, unsigned matrix_code, dense1D<unsigned int>& list,
                               const DOF_filter& filter) const {
     if (!has_matrix(matrix_code) || !physics_) return 0;
-    const std::uint32_t n = nbr_elements();
-    std::uint32_t first = 0, end = n;
-    if (element != all_elements) {
-        if (element >= n) return fem::error_index;
-        first = element;
-        end = element + 1;
-    }
+    std::uint32_t first, end;
+    if (const int rc = element_range(element, first, end)) return rc;
     const unsigned nd = physics_->nbr_DOF_slots();
     for (std::uint32_t e = first; e < end; ++e)
         for (std::size_t i = 0; i < connectivity_.rows(); ++i) {

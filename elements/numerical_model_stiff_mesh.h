@@ -350,18 +350,10 @@ private:
 // Creation of a stiffness mesh of a physics on a shape, by shape family (one source
 // file each): null when the physics has no model on that shape. The physics' codes
 // decide the kinematics.
-numerical_model_base* create_stiff_mesh_tetra(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                              const dense2D<unsigned int>& connectivity, fem::element_type type);
-numerical_model_base* create_stiff_mesh_pyramid(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                                const dense2D<unsigned int>& connectivity, fem::element_type type);
-numerical_model_base* create_stiff_mesh_wedge(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                              const dense2D<unsigned int>& connectivity, fem::element_type type);
-numerical_model_base* create_stiff_mesh_hexa(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                             const dense2D<unsigned int>& connectivity, fem::element_type type);
-numerical_model_base* create_stiff_mesh_face(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                             const dense2D<unsigned int>& connectivity, fem::element_type type);
-numerical_model_base* create_stiff_mesh_edge(context_type* ctx, const Ptr<physics_model_base>& physics,
-                                             const dense2D<unsigned int>& connectivity, fem::element_type type);
+typedef numerical_model_base* mesh_creator(context_type* ctx, const Ptr<physics_model_base>& physics,
+                                           const dense2D<unsigned int>& connectivity, fem::element_type type);
+mesh_creator create_stiff_mesh_tetra, create_stiff_mesh_pyramid, create_stiff_mesh_wedge, create_stiff_mesh_hexa,
+    create_stiff_mesh_face, create_stiff_mesh_edge;
 
 // Takes a mesh just made by a create function (null when the physics has none on
 // the shape): 0 with `model` holding it, -104 for none, -199 when the mesh could not

@@ -35,5 +35,14 @@ public:
     virtual void get_alphas(const dense1D<double>& data, double alpha[3]) const = 0;
 };
 
+// The members an elastic plane law defines from its data card, the thickness being
+// the value at index T of the card.
+#define ORV_LAW_2D_ELASTIC_MEMBERS(T)                                        \
+    bool check_size(const dense1D<double>& data) const override;             \
+    int normalize(dense1D<double>& data) const override;                     \
+    std::size_t thickness_index() const override { return T; }               \
+    int fill_D(const dense1D<double>& data, tangent_type& D) const override; \
+    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+
 }  // namespace core
 }  // namespace orv

@@ -2,9 +2,28 @@
 // context (and data) and create(), which makes the engine law on the context.
 #pragma once
 
+#include <initializer_list>
 #include <new>
 
 #include <orv/fem/error_type.h>
+
+#include "orvmath1/dense1D.h"
+
+namespace orv {
+namespace fem {
+namespace detail {
+
+// The data card of a law from a list of values; empty when memory fails.
+inline dense1D<double> law_values(std::initializer_list<double> list) {
+    dense1D<double> d;
+    for (double x : list)
+        if (!d.push_back(x)) return dense1D<double>();
+    return d;
+}
+
+}  // namespace detail
+}  // namespace fem
+}  // namespace orv
 
 #define ORV_FEM_LAW_HANDLE_IMPL(X, Base)              \
     ORV_FEM_HANDLE_IMPL(X, Base, core::X)             \

@@ -22,17 +22,6 @@
 namespace orv {
 namespace fem {
 
-namespace {
-
-dense1D<double> values(std::initializer_list<double> list) {
-    dense1D<double> d;
-    for (double x : list)
-        if (!d.push_back(x)) return dense1D<double>();
-    return d;
-}
-
-}  // namespace
-
 // --- law_base ---------------------------------------------------------------------
 
 ORV_FEM_HANDLE_IMPL(law_base, base_class, core::law_base)
@@ -161,9 +150,9 @@ int law_shell_skyline::init(const vector_fixed<unsigned int, 8>& heights, const 
     return e ? e->init(heights, data) : core::law_bad_size;
 }
 
-int law_rod::init(double E, double area, double alpha) { return law_base::init(values({E, area, alpha})); }
+int law_rod::init(double E, double area, double alpha) { return law_base::init(detail::law_values({E, area, alpha})); }
 
-int law_solid_StVenant::init(double E, double nu, double alpha) { return law_base::init(values({E, nu, alpha})); }
+int law_solid_StVenant::init(double E, double nu, double alpha) { return law_base::init(detail::law_values({E, nu, alpha})); }
 
 int law_solid_orthotropic::init(const dense1D<double>& data, const bases_mgr& bases, unsigned basis_ID) {
     core::law_solid_orthotropic* e = engine();
@@ -182,11 +171,11 @@ int law_solid_skyline::init(const vector_fixed<unsigned int, 6>& heights, const 
 }
 
 int law_membrane_StVenant::init(double E, double nu, double alpha, double thickness) {
-    return law_base::init(values({E, nu, alpha, thickness}));
+    return law_base::init(detail::law_values({E, nu, alpha, thickness}));
 }
 
 int law_shell_StVenant::init(double E, double nu, double alpha, double thickness) {
-    return law_base::init(values({E, nu, alpha, thickness}));
+    return law_base::init(detail::law_values({E, nu, alpha, thickness}));
 }
 
 }  // namespace fem

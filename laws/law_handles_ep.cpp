@@ -16,13 +16,6 @@ namespace fem {
 
 namespace {
 
-dense1D<double> values(std::initializer_list<double> list) {
-    dense1D<double> d;
-    for (double x : list)
-        if (!d.push_back(x)) return dense1D<double>();
-    return d;
-}
-
 core::law_key key_of(unsigned element, unsigned point, unsigned step) {
     core::law_key key;
     key.element = element;
@@ -117,7 +110,7 @@ law_solid_ep_perfect::law_solid_ep_perfect(context& ctx, double E, double nu, do
 }
 
 int law_solid_ep_perfect::init(double E, double nu, double alpha, double ET, double SY) {
-    return law_base::init(values({E, nu, alpha, ET, SY}));
+    return law_base::init(detail::law_values({E, nu, alpha, ET, SY}));
 }
 
 law_solid_ep_power::law_solid_ep_power(context& ctx, double E, double nu, double alpha, double SY, double a, double n) {
@@ -125,7 +118,7 @@ law_solid_ep_power::law_solid_ep_power(context& ctx, double E, double nu, double
 }
 
 int law_solid_ep_power::init(double E, double nu, double alpha, double SY, double a, double n) {
-    return law_base::init(values({E, nu, alpha, SY, a, n}));
+    return law_base::init(detail::law_values({E, nu, alpha, SY, a, n}));
 }
 
 law_solid_ep_RambergOsgood::law_solid_ep_RambergOsgood(context& ctx, double E, double nu, double alpha, double SY,
@@ -134,7 +127,7 @@ law_solid_ep_RambergOsgood::law_solid_ep_RambergOsgood(context& ctx, double E, d
 }
 
 int law_solid_ep_RambergOsgood::init(double E, double nu, double alpha, double SY, double a, double n) {
-    return law_base::init(values({E, nu, alpha, SY, a, n}));
+    return law_base::init(detail::law_values({E, nu, alpha, SY, a, n}));
 }
 
 law_solid_ep_piecewise_linear::law_solid_ep_piecewise_linear(context& ctx, double E, double nu, double alpha,
@@ -145,36 +138,36 @@ law_solid_ep_piecewise_linear::law_solid_ep_piecewise_linear(context& ctx, doubl
 
 int law_solid_ep_piecewise_linear::init(double E, double nu, double alpha, const dense1D<double>& strains,
                                         const dense1D<double>& moduli) {
-    return init_table(*this, values({E, nu, alpha}), strains, moduli);
+    return init_table(*this, detail::law_values({E, nu, alpha}), strains, moduli);
 }
 
 int law_rod_ep_perfect::init(double E, double area, double alpha, double ET, double SY) {
-    return law_base::init(values({E, area, alpha, ET, SY}));
+    return law_base::init(detail::law_values({E, area, alpha, ET, SY}));
 }
 
 int law_rod_ep_power::init(double E, double area, double alpha, double SY, double a, double n) {
-    return law_base::init(values({E, area, alpha, SY, a, n}));
+    return law_base::init(detail::law_values({E, area, alpha, SY, a, n}));
 }
 
 int law_rod_ep_RambergOsgood::init(double E, double area, double alpha, double SY, double a, double n) {
-    return law_base::init(values({E, area, alpha, SY, a, n}));
+    return law_base::init(detail::law_values({E, area, alpha, SY, a, n}));
 }
 
 int law_rod_ep_piecewise_linear::init(double E, double area, double alpha, const dense1D<double>& strains,
                                       const dense1D<double>& moduli) {
-    return init_table(*this, values({E, area, alpha}), strains, moduli);
+    return init_table(*this, detail::law_values({E, area, alpha}), strains, moduli);
 }
 
-int law_scalar_ep_perfect::init(double k, double ET, double SY) { return law_base::init(values({k, ET, SY})); }
+int law_scalar_ep_perfect::init(double k, double ET, double SY) { return law_base::init(detail::law_values({k, ET, SY})); }
 
-int law_scalar_ep_power::init(double k, double SY, double a, double n) { return law_base::init(values({k, SY, a, n})); }
+int law_scalar_ep_power::init(double k, double SY, double a, double n) { return law_base::init(detail::law_values({k, SY, a, n})); }
 
 int law_scalar_ep_RambergOsgood::init(double k, double SY, double a, double n) {
-    return law_base::init(values({k, SY, a, n}));
+    return law_base::init(detail::law_values({k, SY, a, n}));
 }
 
 int law_scalar_ep_piecewise_linear::init(double k, const dense1D<double>& strains, const dense1D<double>& moduli) {
-    return init_table(*this, values({k}), strains, moduli);
+    return init_table(*this, detail::law_values({k}), strains, moduli);
 }
 
 }  // namespace fem

@@ -16,11 +16,7 @@ class law_membrane_stiff : public law_2d_stiff<3> {};
 // stress block; -1 when nu is exactly -1 or 1.
 class law_membrane_StVenant : public law_membrane_stiff {
 public:
-    bool check_size(const dense1D<double>& data) const override;
-    int normalize(dense1D<double>& data) const override;
-    std::size_t thickness_index() const override { return 3; }
-    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
-    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+    ORV_LAW_2D_ELASTIC_MEMBERS(3)
 };
 
 // Orthotropic membrane: the plane card of law_2d.h in [0] to [11] (E1, E2, nu12,
@@ -30,11 +26,7 @@ public:
 // theta. -1 when E1 or 1 - nu12 nu21 is 0.
 class law_membrane_orthotropic : public law_membrane_stiff {
 public:
-    bool check_size(const dense1D<double>& data) const override;
-    int normalize(dense1D<double>& data) const override;
-    std::size_t thickness_index() const override { return 12; }
-    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
-    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+    ORV_LAW_2D_ELASTIC_MEMBERS(12)
 };
 
 }  // namespace core

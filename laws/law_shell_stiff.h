@@ -32,11 +32,7 @@ protected:
 // -1 when nu is exactly -1 or 1.
 class law_shell_StVenant : public law_shell_stiff {
 public:
-    bool check_size(const dense1D<double>& data) const override;
-    int normalize(dense1D<double>& data) const override;
-    std::size_t thickness_index() const override { return 3; }
-    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
-    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+    ORV_LAW_2D_ELASTIC_MEMBERS(3)
 };
 
 // Orthotropic shell: the plane card of law_2d.h in [0] to [11], then [12] k13 and
@@ -49,11 +45,7 @@ public:
 // -1 when E1 or 1 - nu12 nu21 is 0.
 class law_shell_orthotropic : public law_shell_stiff {
 public:
-    bool check_size(const dense1D<double>& data) const override;
-    int normalize(dense1D<double>& data) const override;
-    std::size_t thickness_index() const override { return 14; }
-    int fill_D(const dense1D<double>& data, tangent_type& D) const override;
-    void get_alphas(const dense1D<double>& data, double alpha[3]) const override;
+    ORV_LAW_2D_ELASTIC_MEMBERS(14)
 };
 
 // A shell stiffness given by the columns of a skyline of the symmetric 8 x 8 matrix D

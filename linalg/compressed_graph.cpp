@@ -50,39 +50,32 @@ int build_clique_graph(unsigned int n, const orv::dense1D<unsigned int, 8>& grou
         }
         // Count the distinct neighbours of each vertex with a mark array, then fill.
         std::vector<unsigned int> mark(n, none);
-        std::vector<unsigned int> ptr(std::size_t(n) + 1, 0);
-        for (unsigned int v = 0; v < n; ++v) {
+        auto each_neighbour = [&](unsigned int v, auto&& visit) {
             mark[v] = v;
-            unsigned int deg = 0;
             for (unsigned int q = vptr[v]; q < vptr[v + 1]; ++q) {
                 const unsigned int k = vgrp[q];
                 for (unsigned int e = group_ptr[k]; e < group_ptr[k + 1]; ++e) {
                     const unsigned int u = group_ids[e];
                     if (mark[u] != v) {
                         mark[u] = v;
-                        ++deg;
+                        visit(u);
                     }
                 }
             }
+        };
+        std::vector<unsigned int> ptr(std::size_t(n) + 1, 0);
+        for (unsigned int v = 0; v < n; ++v) {
+            unsigned int deg = 0;
+            each_neighbour(v, [&](unsigned int) { ++deg; });
             if (deg > 0xFFFFFFFFu - ptr[v]) throw std::bad_alloc();
             ptr[v + 1] = ptr[v] + deg;
         }
         std::vector<unsigned int> adj(ptr[n]);
         std::fill(mark.begin(), mark.end(), none);
         for (unsigned int v = 0; v < n; ++v) {
-            mark[v] = v;
             unsigned int* row = adj.data() + ptr[v];
             unsigned int len = 0;
-            for (unsigned int q = vptr[v]; q < vptr[v + 1]; ++q) {
-                const unsigned int k = vgrp[q];
-                for (unsigned int e = group_ptr[k]; e < group_ptr[k + 1]; ++e) {
-                    const unsigned int u = group_ids[e];
-                    if (mark[u] != v) {
-                        mark[u] = v;
-                        row[len++] = u;
-                    }
-                }
-            }
+            each_neighbour(v, [&](unsigned int u) { row[len++] = u; });
             std::sort(row, row + len);
         }
         if (!to_dense(ptr, xadj) || !to_dense(adj, adjncy)) throw std::bad_alloc();

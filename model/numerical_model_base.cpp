@@ -175,16 +175,21 @@ int numerical_model_base::get_DOFs(const DOFs_mgr& table, std::uint32_t element,
     return 0;
 }
 
+int numerical_model_base::element_range(std::uint32_t element, std::uint32_t& first, std::uint32_t& end) const {
+    first = 0;
+    end = nbr_elements();
+    if (element == all_elements) return 0;
+    if (element >= end) return fem::error_index;
+    first = element;
+    end = element + 1;
+    return 0;
+}
+
 int numerical_model_base::get_DOFs_graph(const DOFs_mgr& table, std::uint32_t element, unsigned matrix_code,
                                          dense1D<unsigned int>& offsets, dense1D<unsigned int>& ids,
                                          const DOF_filter& filter) const {
-    const std::uint32_t n = nbr_elements();
-    std::uint32_t first = 0, end = n;
-    if (element != all_elements) {
-        if (element >= n) return fem::error_index;
-        first = element;
-        end = element + 1;
-    }
+    std::uint32_t first, end;
+    if (const int rc = element_range(element, first, end)) return rc;
     for (std::uint32_t e = first; e < end; ++e) {
         const std::size_t before = ids.size();
         const int rc = get_DOFs(table, e, matrix_code, ids, filter);

@@ -174,6 +174,9 @@ public:
     void assign_ID(std::uint32_t ID) { ID_ = ID; }
 
 protected:
+    // The range [first, end) of the elements `element` names (all_elements: every
+    // one); -102 past the last element.
+    int element_range(std::uint32_t element, std::uint32_t& first, std::uint32_t& end) const;
     // The element loop shared by the three assembly slots: compute_matrix,
     // compute_load or compute_projection by kind.
     int assemble_kind(int kind, unsigned matrix_code, const fem::elementary_load* record, unsigned field,
