@@ -30,22 +30,43 @@ namespace fem {
 
 ORV_FEM_HANDLE_IMPL(context, base_class, core::context_type)
 
-context::context() : base_class(static_cast<ref_counted*>(new core::context_type())) {}
+namespace {
 
-void context::set_max_threads(unsigned n) { engine()->process()->set_max_threads(n); }
-unsigned context::get_max_threads() const { return engine()->process()->max_threads(); }
-unsigned context::get_nbr_physical_cores() const { return engine()->process()->nbr_physical_cores(); }
+// A new context engine, or null when memory fails (the handle is then empty).
+core::context_type* make_context() noexcept {
+    try {
+        return new core::context_type();
+    } catch (...) {
+        return nullptr;
+    }
+}
 
-void context::set_LLC_size(unsigned bytes) { engine()->process()->set_LLC_size(bytes); }
+}  // namespace
+
+// On an empty handle the setters do nothing and the getters give 0.
+context::context() : base_class(static_cast<ref_counted*>(make_context())) {}
+
+void context::set_max_threads(unsigned n) {
+    if (engine()) engine()->process()->set_max_threads(n);
+}
+unsigned context::get_max_threads() const { return engine() ? engine()->process()->max_threads() : 0; }
+unsigned context::get_nbr_physical_cores() const { return engine() ? engine()->process()->nbr_physical_cores() : 0; }
+
+void context::set_LLC_size(unsigned bytes) {
+    if (engine()) engine()->process()->set_LLC_size(bytes);
+}
 unsigned context::get_LLC_size() const {
-    const std::uint64_t s = engine()->process()->LLC_size();
+    const std::uint64_t s = engine() ? engine()->process()->LLC_size() : 0;
     return s > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<unsigned>(s);
 }
 
-void context::set_max_total_size(unsigned long long MB) { engine()->process()->set_max_total_size(MB); }
-unsigned long long context::get_max_total_size() const { return engine()->process()->max_total_size(); }
+void context::set_max_total_size(unsigned long long MB) {
+    if (engine()) engine()->process()->set_max_total_size(MB);
+}
+unsigned long long context::get_max_total_size() const { return engine() ? engine()->process()->max_total_size() : 0; }
 
 error_type context::set_max_incore_size(unsigned MB, const char* folder, const char* prefix) {
+    if (!engine()) return error_data;
     try {
         return static_cast<error_type>(engine()->set_max_incore_size(MB, folder, prefix));
     } catch (...) {
@@ -56,18 +77,22 @@ error_type context::memory_management(unsigned MB, const char* folder, const cha
     return set_max_incore_size(MB, folder, prefix);
 }
 unsigned long long context::get_max_incore_size() const {
-    const core::OOC_mgr* ooc = engine()->OOC();
+    const core::OOC_mgr* ooc = engine() ? engine()->OOC() : nullptr;
     return ooc ? ooc->budget_bytes() >> 20 : 0;
 }
 
-void context::set_raw_penalty_factor(double f) { engine()->raw_penalty_factor = f; }
-double context::get_raw_penalty_factor() const { return engine()->raw_penalty_factor; }
-void context::set_min_penalty_factor(double f) { engine()->min_penalty_factor = f; }
-double context::get_min_penalty_factor() const { return engine()->min_penalty_factor; }
-void context::set_max_penalty_factor(double f) { engine()->max_penalty_factor = f; }
-double context::get_max_penalty_factor() const { return engine()->max_penalty_factor; }
-void context::set_shell_drilling_factor(double f) { engine()->shell_drilling_factor = f; }
-double context::get_shell_drilling_factor() const { return engine()->shell_drilling_factor; }
+// The penalty and drilling factors of the context's engine, by member.
+#define ORV_CONTEXT_FACTOR(name, member)    \
+    void context::set_##name(double f) {    \
+        if (engine()) engine()->member = f; \
+    }                                       \
+    double context::get_##name() const { return engine() ? engine()->member : 0.0; }
+
+ORV_CONTEXT_FACTOR(raw_penalty_factor, raw_penalty_factor)
+ORV_CONTEXT_FACTOR(min_penalty_factor, min_penalty_factor)
+ORV_CONTEXT_FACTOR(max_penalty_factor, max_penalty_factor)
+ORV_CONTEXT_FACTOR(shell_drilling_factor, shell_drilling_factor)
+#undef ORV_CONTEXT_FACTOR
 
 }  // namespace fem
 }  // namespace orv

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <orv/fem/DOFs_mgr.h>
 #include <orv/fem/context.h>
 
 #include <cstdlib>
@@ -162,4 +163,18 @@ TEST(Context, OOCFileCountUnderThreads) {
 #pragma omp parallel for num_threads(2)
     for (int i = 0; i < 1000; ++i) mgr.count_file();
     EXPECT_EQ(mgr.nbr_files(), 1000ull);
+}
+
+// A context handle narrowed from a handle of another class is empty: no call on it
+// may reach a missing engine.
+TEST(Context, EmptyHandleIsInert) {
+    orv::fem::DOFs_mgr table;
+    orv::fem::context empty(table);
+    EXPECT_FALSE(empty.is_valid());
+    empty.set_max_threads(4);
+    empty.set_raw_penalty_factor(1.0);
+    EXPECT_EQ(empty.get_max_threads(), 0u);
+    EXPECT_EQ(empty.get_raw_penalty_factor(), 0.0);
+    EXPECT_EQ(empty.get_max_incore_size(), 0ull);
+    EXPECT_EQ(empty.set_max_incore_size(10, "/tmp", nullptr), orv::fem::error_data);
 }

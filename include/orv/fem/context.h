@@ -16,6 +16,8 @@ class bases_mgr;
 
 /// Handle on a context. The default constructor makes a new context; copies share it.
 /// Setters are not synchronised with a running solve: change a context between runs.
+/// An empty handle (memory failed, or a narrowing from another class) ignores the
+/// setters, its getters give 0 and set_max_incore_size gives -101.
 class context : public base_class {
 public:
     ORV_FEM_HANDLE(context, core::context_type)
