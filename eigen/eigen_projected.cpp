@@ -93,6 +93,40 @@ long projected_pencil::solve(const double* Kr, bool mass_scaling, double* lambda
     return 0;
 }
 
+long solve_inverted(projected_pencil& pencil, const double* Mr, bool mass_scaling, double* lambda,
+                    orv::dense2D<double>& Q) {
+    orv::dense2D<double> Qmu;
+    const std::size_t m = pencil.order();
+    std::vector<double> mu(m);
+    const long info = pencil.solve(Mr, true, mu.data(), Qmu);  // unit Kr norm: q^T Mr q = mu
+    Q.resize(m, m, 0.0);
+    if (info != 0) {
+        std::fill(lambda, lambda + m, 0.0);
+        return info;
+    }
+    std::vector<std::size_t> order(m);
+    for (std::size_t i = 0; i < m; ++i) order[i] = i;
+    auto lambda_of = [&](std::size_t i) { return mu[i] != 0.0 ? 1.0 / mu[i] : HUGE_VAL; };
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return lambda_of(a) < lambda_of(b); });
+    for (std::size_t c = 0; c < m; ++c) {
+        const std::size_t k = order[c];
+        lambda[c] = lambda_of(k);
+        const double* from = Qmu.col(k);
+        double* q = Q.col(c);
+        double f = 1.0;
+        if (mass_scaling) {
+            f = mu[k] != 0.0 ? 1.0 / std::sqrt(std::fabs(mu[k])) : 1.0;
+        } else {
+            double norm2 = 0.0;
+            for (std::size_t i = 0; i < m; ++i) norm2 += from[i] * from[i];
+            f = norm2 > 0 ? 1.0 / std::sqrt(norm2) : 1.0;
+        }
+        for (std::size_t i = 0; i < m; ++i) q[i] = f * from[i];
+    }
+    return 0;
+}
+
 void select_window(const double* lambda, std::size_t m, double low, double high, std::size_t wanted, std::size_t& i0,
                    std::size_t& i1) {
     // lower_bound on both ends: a value equal to the upper bound is left out.

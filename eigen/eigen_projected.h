@@ -26,6 +26,8 @@ public:
     // Lowest and highest pivot of the last factor_mass.
     double lowest_pivot() const { return checker_.first; }
     double highest_pivot() const { return checker_.second; }
+    // Order of the last factor_mass.
+    std::size_t order() const { return m_; }
 
     // Eigenvalues in ascending order into lambda (m values) and the eigenvectors into
     // the columns of Q (m x m), each scaled to unit Mr norm, or to unit Euclidean norm
@@ -40,6 +42,14 @@ private:
     std::vector<double> Mr_;  // copy of Mr for the norms
     pivot_check_positive<dummy_verboser> checker_;
 };
+
+// Kr q = lambda Mr q when Mr is indefinite but Kr positive definite (the pencil of a
+// buckling run): `pencil` must hold the factor of Kr (factor_mass(Kr)). Solves
+// Mr q = mu Kr q and gives lambda = 1 / mu in ascending order, a mu of 0 giving +inf,
+// with the columns of Q in the same order, each of unit |q^T Mr q| (mass_scaling, a
+// mu of 0 keeping unit Kr norm) or of unit Euclidean norm. Returns LAPACK's info.
+long solve_inverted(projected_pencil& pencil, const double* Mr, bool mass_scaling, double* lambda,
+                    orv::dense2D<double>& Q);
 
 // Range [i0, i1) of the ascending values lambda[0 .. m) that lie in [low, high) (an
 // infinite bound is no bound), reduced to `wanted` values when there are more: those

@@ -22,7 +22,10 @@ struct eigen_settings {
     double high = HUGE_VAL;
     double shift = 0.0;        // sigma of the factor K - sigma M
     bool mass_scaling = true;  // modes of unit M norm; false: of unit Euclidean norm
-    int n_threads = 1;         // threads of the solves and products
+    // M may be indefinite (a buckling run's -Kg), K being positive definite: the
+    // projected pencils are solved through the factor of the projected K.
+    bool indefinite_mass = false;
+    int n_threads = 1;  // threads of the solves and products
     // Called after each round with its number (from 1) and its convergence value.
     void (*iteration_hook)(void* pass_thru, unsigned iteration, double residue) = nullptr;
     void* pass_thru = nullptr;

@@ -120,7 +120,7 @@ int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D
         if ((rc = ek::cross_packed(X, Y, Mr.data()))) return rc;
         if (sigma != 0)
             for (std::size_t k = 0; k < packed; ++k) Kr[k] += sigma * Mr[k];
-        const std::size_t rejected = pencil.factor_mass(Mr.data(), m);
+        const std::size_t rejected = pencil.factor_mass(s_.indefinite_mass ? Kr.data() : Mr.data(), m);
         if (stop_requested(run_, data_)) break;
         if (!std::isfinite(pencil.lowest_pivot()) || !std::isfinite(pencil.highest_pivot())) break;
 
@@ -141,7 +141,10 @@ int eigen_subspace<RunSettings, RunData>::solve_impl(std::size_t wanted, dense2D
         }
 
         lambda.assign(m, 0.0);
-        pencil.solve(Kr.data(), s_.mass_scaling, lambda.data(), Q);
+        if (s_.indefinite_mass)
+            solve_inverted(pencil, Mr.data(), s_.mass_scaling, lambda.data(), Q);
+        else
+            pencil.solve(Kr.data(), s_.mass_scaling, lambda.data(), Q);
         have_modes = true;
         for (double& v : lambda) v -= sigma;
 
