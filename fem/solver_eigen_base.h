@@ -137,6 +137,7 @@ protected:
     std::uint64_t B_nnz_ = 0;
     Ptr<sparse_type> B_;
     bool B_indefinite_ = false;
+    bool mass_scaling_ = true;  // modes of unit |x^T B x|, else of unit Euclidean norm
     // The window [l1_, l2_] of the eigenvalues and the shift s of Kf = Ks + s B.
     double l1_ = 0.0, l2_ = 0.0;
     bool l1_finite_ = true, l2_finite_ = false;
@@ -328,10 +329,15 @@ void solver_eigen_base<Types, Settings, Data>::solve_modes(Data& data, fem::FEM_
         es.tolerance = settings().tolerance;
         es.max_iterations = settings().max_iters;
         es.indefinite_mass = B_indefinite_;
-        // A range from 0 takes the eigenvalues 0 up to round-off (rigid-body modes)
-        // and, when it holds more than wanted, the lowest ones (the eigen solvers keep
-        // those next to the finite bound of smaller magnitude).
-        es.low = !l1_finite_ ? -HUGE_VAL : l1_ != 0 ? l1_ : (l2_finite_ ? -1e-8 * std::fabs(l2_) : -HUGE_VAL);
+        es.mass_scaling = mass_scaling_;
+        // With B definite, a range from 0 takes the eigenvalues 0 up to round-off
+        // (rigid-body modes) and, when it holds more than wanted, the lowest ones (the
+        // eigen solvers keep those next to the finite bound of smaller magnitude). With
+        // B indefinite K is definite: 0 is no eigenvalue and the range is as given.
+        if (B_indefinite_)
+            es.low = l1_finite_ ? l1_ : -HUGE_VAL;
+        else
+            es.low = l1_ != 0 ? l1_ : (l2_finite_ ? -1e-8 * std::fabs(l2_) : -HUGE_VAL);
         es.high = l2_finite_ ? l2_ : HUGE_VAL;
         es.shift = -shift_;  // the factor holds K - (-s) B
         es.n_threads = int(this->nbr_threads());

@@ -218,7 +218,7 @@ void solver_modal::data_type::clear_data_out() {
 
 ORV_FEM_HANDLE_IMPL(solver_modal, solver_base, core::solver_root)
 
-solver_modal::solver_modal() : settings() { set_w(static_cast<ref_counted*>(new core::modal_engine())); }
+solver_modal::solver_modal() : settings() { set_w(static_cast<ref_counted*>(new (std::nothrow) core::modal_engine())); }
 
 void solver_modal::run(data_type& data) {
     core::modal_engine* e = dynamic_cast<core::modal_engine*>(engine());

@@ -53,6 +53,11 @@ template <class S, class = void>
 struct has_output_mask : std::false_type {};
 template <class S>
 struct has_output_mask<S, std::void_t<decltype(std::declval<const S&>().output_mask)>> : std::true_type {};
+// A record whose invalid_reason() names what makes it invalid, in the run's words.
+template <class D, class = void>
+struct has_invalid_reason : std::false_type {};
+template <class D>
+struct has_invalid_reason<D, std::void_t<decltype(std::declval<const D&>().invalid_reason())>> : std::true_type {};
 }  // namespace detail
 
 // Frame of one kind of run over its settings and data records.
@@ -205,7 +210,10 @@ void solver_base<Settings, Data>::run(Data& data, const Held&... held) noexcept 
         std::snprintf(msg, sizeof msg, "ORV %s: invalid settings.", name());
         set_error_msg(data, fem::error_data, "SETTINGS ERROR", msg);
     } else if (!data.valid()) {
-        std::snprintf(msg, sizeof msg, "ORV %s: invalid data.", name());
+        const char* reason = "invalid data.";
+        if constexpr (detail::has_invalid_reason<Data>::value)
+            if (const char* r = data.invalid_reason()) reason = r;
+        std::snprintf(msg, sizeof msg, "ORV %s: %s", name(), reason);
         set_error_msg(data, fem::error_data, "DATA ERROR", msg);
     } else {
         try {

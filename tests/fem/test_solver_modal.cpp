@@ -26,6 +26,7 @@
 #include "orvmath1/dense2D.h"
 #include "orvmath1/symmetric_full.h"
 #include "tests/common/log_capture.h"
+#include "tests/fem/hexa_bar.h"
 
 namespace orv {
 namespace {
@@ -324,53 +325,24 @@ TEST(ModalChain, DampingFormsOnTheModes) {
 // A bar of hexa8 solids along x, clamped at x = 0 or free; nu = 0.
 struct bar {
     fem::context ctx;
-    dense2D<double> pos;
-    fem::DOFs_mgr table;
+    test::hexa_bar_mesh mesh;
     fem::numerical_model_composite comp;
     fem::problem_data problem;
     std::vector<fem::numerical_model_base> held;
-    unsigned nx, ny, nz;
-    double L, a, E = 1000.0, rho = 2.0;
+    double E = 1000.0, rho = 2.0;
 
-    unsigned node(unsigned i, unsigned j, unsigned k) const { return (i * (ny + 1) + j) * (nz + 1) + k; }
-    bar(unsigned nx_, unsigned ny_, unsigned nz_, double length, double side, bool clamped)
-        : pos(3, (nx_ + 1) * (ny_ + 1) * (nz_ + 1), 0.0),
-          table((nx_ + 1) * (ny_ + 1) * (nz_ + 1), false),
-          comp(ctx),
-          nx(nx_),
-          ny(ny_),
-          nz(nz_),
-          L(length),
-          a(side) {
-        dense2D<unsigned int> conn(8, nx * ny * nz, 0u);
-        for (unsigned i = 0; i <= nx; ++i)
-            for (unsigned j = 0; j <= ny; ++j)
-                for (unsigned k = 0; k <= nz; ++k) {
-                    const unsigned p = node(i, j, k);
-                    pos(0, p) = L * i / nx;
-                    pos(1, p) = a * (double(j) / ny - 0.5);
-                    pos(2, p) = a * (double(k) / nz - 0.5);
-                    if (!clamped || i > 0) table.set(p, fem::field_displacement, true);
-                }
-        unsigned e = 0;
-        for (unsigned i = 0; i < nx; ++i)
-            for (unsigned j = 0; j < ny; ++j)
-                for (unsigned k = 0; k < nz; ++k, ++e) {
-                    const unsigned c[8] = {
-                        node(i, j, k),     node(i + 1, j, k),     node(i + 1, j + 1, k),     node(i, j + 1, k),
-                        node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)};
-                    for (unsigned q = 0; q < 8; ++q) conn(q, e) = c[q];
-                }
+    bar(unsigned nx, unsigned ny, unsigned nz, double length, double side, bool clamped)
+        : mesh(nx, ny, nz, length, side, clamped), comp(ctx) {
         fem::law_solid_StVenant law(ctx, E, 0.0, 0.0);
         fem::model_solid_lin physics(law);
-        fem::numerical_model_stiff_lin stiff(ctx, physics, conn, fem::FE_hexa8);
+        fem::numerical_model_stiff_lin stiff(ctx, physics, mesh.conn, fem::FE_hexa8);
         fem::law_scalar density(ctx, rho);
         fem::model_solid_mass mass_physics(density);
-        fem::numerical_model_mass mass(ctx, mass_physics, conn, fem::FE_hexa8);
+        fem::numerical_model_mass mass(ctx, mass_physics, mesh.conn, fem::FE_hexa8);
         EXPECT_TRUE(stiff.is_valid() && mass.is_valid());
         comp.insert(stiff.ID(), mass.ID());
         held = {stiff, mass};
-        problem = fem::problem_data(ctx, pos, table, comp.ID(), 0);
+        problem = fem::problem_data(ctx, mesh.pos, mesh.table, comp.ID(), 0);
     }
 };
 
