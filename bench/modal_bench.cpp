@@ -4,7 +4,7 @@
 // of the frequencies.
 //
 // usage: modal_bench [--n N] [--modes M] [--threads T] [--reps R] [--ccx PATH]
-//                    [--keep DIR]
+//                    [--keep DIR] [--log]
 //
 // The mesh: n^3 unit-cube elements (mm), steel (E = 210000 MPa, nu = 0.3, density
 // 7.85e-9 t/mm^3), the face z = 0 clamped (see bench_peer.h). The external solver
@@ -45,10 +45,11 @@ constexpr double E = 210000.0, nu = 0.3, rho = 7.85e-9;
 struct options {
     unsigned n = 20, modes = 10, threads = 1, reps = 3;
     std::string ccx, keep;
+    bool log = false;  // our log at levels 0 to 2
 };
 
 [[noreturn]] void usage() {
-    std::fprintf(stderr, "usage: modal_bench [--n N] [--modes M] [--threads T] [--reps R] [--ccx PATH] [--keep DIR]\n");
+    std::fprintf(stderr, "usage: modal_bench [--n N] [--modes M] [--threads T] [--reps R] [--ccx PATH] [--keep DIR] [--log]\n");
     std::exit(2);
 }
 
@@ -60,7 +61,11 @@ struct our_result {
     std::vector<double> frequencies;
 };
 
-our_result run_ours(const cube_mesh& m, unsigned threads, unsigned modes) {
+void print_log(void*, unsigned level, const char* text) {
+    if (level <= 2) std::printf("  %s", text);
+}
+
+our_result run_ours(const cube_mesh& m, unsigned threads, unsigned modes, bool log) {
     our_result r;
     fem::context ctx;
     ctx.set_max_threads(threads);
@@ -85,6 +90,7 @@ our_result run_ours(const cube_mesh& m, unsigned threads, unsigned modes) {
     fem::solver_modal solver;
     solver.settings.max_modes = modes;
     solver.settings.output_mask = 128;
+    if (log) solver.settings.display_hook = print_log;
     fem::solver_modal::data_type data(problem);
     const double rss = proc_status_MB("VmRSS"), c0 = process_cpu(), t0 = now();
     solver.run(data);
@@ -161,6 +167,8 @@ int main(int argc, char** argv) {
             o.ccx = val();
         else if (a == "--keep")
             o.keep = val();
+        else if (a == "--log")
+            o.log = true;
         else
             usage();
     }
@@ -174,7 +182,7 @@ int main(int argc, char** argv) {
     std::vector<double> tn, ta, tf, ts, tt, wr, cr;
     our_result ours;
     for (unsigned rep = 0; rep < o.reps; ++rep) {
-        ours = run_ours(m, o.threads, o.modes);
+        ours = run_ours(m, o.threads, o.modes, o.log && rep == 0);
         if (ours.status.compare(0, 2, "ok") != 0) break;
         tn.push_back(ours.time_numbering);
         ta.push_back(ours.time_assembly);

@@ -892,6 +892,55 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block(const block_
     }
 }
 
+void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_block_columns(const block_type& blk, double* Y,
+                                                                           std::size_t ldy, std::size_t j0,
+                                                                           std::size_t j1, double* energies) const {
+    const std::size_t n = std::size_t(blk.n_own), f = blk.first(), l = blk.last(), ns = blk.nbr_segments();
+    const segment_type* tab = blk.table();
+    const double* begin = blk.diag() + n;
+    for (std::size_t k = 0; k < ns; ++k) {
+        const double* end = tab[k].end;
+        const std::size_t h = std::size_t(end - begin);
+        if (h) {
+            const std::size_t c = std::size_t(tab[k].column), from = (k < n ? c : l) - h;
+            for (std::size_t j = j0; j < j1; ++j) {
+                double* y = Y + j * ldy;
+                y[c] -= kernels::dot_parallel(begin, y + from, h, 1);
+            }
+        }
+        begin = end;
+    }
+    const double* dinv = blk.diag();
+    for (std::size_t j = j0; j < j1; ++j) {
+        double* y = Y + j * ldy;
+        double s = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            const double z = y[f + i];
+            s += z * z * dinv[i];
+            y[f + i] = z * dinv[i];
+        }
+        if (energies) energies[j] += s;
+    }
+}
+
+void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block_columns(const block_type& blk, double* Y,
+                                                                            std::size_t ldy, std::size_t j0,
+                                                                            std::size_t j1) const {
+    const std::size_t n = std::size_t(blk.n_own), l = blk.last(), ns = blk.nbr_segments();
+    const segment_type* tab = blk.table();
+    for (std::size_t k = ns; k-- > 0;) {
+        const double* end = tab[k].end;
+        const double* begin = blk.seg_begin(k);
+        const std::size_t h = std::size_t(end - begin);
+        if (!h) continue;
+        const std::size_t c = std::size_t(tab[k].column), to = (k < n ? c : l) - h;
+        for (std::size_t j = j0; j < j1; ++j) {
+            double* y = Y + j * ldy;
+            kernels::axpy(h, -y[c], begin, y + to);
+        }
+    }
+}
+
 double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, bool diagonal, int n_threads) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     double energy = 0;
@@ -1042,9 +1091,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_forward(double* Y, st
             const std::size_t p = std::size_t(omp_get_thread_num()), np = std::size_t(omp_get_num_threads());
             const std::size_t j0 = n_columns * p / np, j1 = n_columns * (p + 1) / np;
             const std::uint64_t nb = nbr_blocks();
-            for (std::uint64_t b = 0; b < nb; ++b)
-                for (std::size_t j = j0; j < j1; ++j)
-                    forward_block(block(b), Y + j * ldy, energies ? energies + j : nullptr, true);
+            for (std::uint64_t b = 0; b < nb; ++b) forward_block_columns(block(b), Y, ldy, j0, j1, energies);
         }
         return;
     }
@@ -1072,8 +1119,7 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* Y, s
         {
             const std::size_t p = std::size_t(omp_get_thread_num()), np = std::size_t(omp_get_num_threads());
             const std::size_t j0 = n_columns * p / np, j1 = n_columns * (p + 1) / np;
-            for (std::uint64_t b = nbr_blocks(); b-- > 0;)
-                for (std::size_t j = j0; j < j1; ++j) backward_block(block(b), Y + j * ldy);
+            for (std::uint64_t b = nbr_blocks(); b-- > 0;) backward_block_columns(block(b), Y, ldy, j0, j1);
         }
         return;
     }

@@ -111,6 +111,14 @@ private:
     // Single-vector forward sweep, serial or by levels of the block tree.
     double forward_sweep(double* y, bool diagonal, int n_threads) const;
     void backward_block(const block_type& blk, double* y) const;
+    // The same sweeps of one block for the columns [j0, j1) of Y (leading dimension
+    // ldy), segment by segment: a segment serves every column while it is in cache,
+    // and each column gets the operations of the one-column sweep in their order (the
+    // same bits).
+    void forward_block_columns(const block_type& blk, double* Y, std::size_t ldy, std::size_t j0, std::size_t j1,
+                               double* energies) const;
+    void backward_block_columns(const block_type& blk, double* Y, std::size_t ldy, std::size_t j0,
+                                std::size_t j1) const;
 
     bool factored_ = false;
     double flops_ = 0;
