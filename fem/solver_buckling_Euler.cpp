@@ -14,17 +14,7 @@ namespace {
 typedef solver_buckling_Euler<OOC_matrix_types, buckling_engine_settings, fem::solver_buckling_Euler::data_type>
     base_engine;
 
-// The engine keeps its own copy of the settings, refreshed from the handle at each run.
-class buckling_engine : public base_engine {
-public:
-    buckling_engine() : base_engine(&own_settings_) {}
-    void set_settings(const fem::solver_buckling_Euler::settings_type& s) {
-        static_cast<fem::solver_buckling_Euler::settings_type&>(own_settings_) = s;
-    }
-
-private:
-    buckling_engine_settings own_settings_;
-};
+typedef handle_engine<base_engine, buckling_engine_settings> buckling_engine;
 
 }  // namespace
 

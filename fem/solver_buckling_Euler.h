@@ -29,18 +29,18 @@ public:
 
     enum : int { line_Kg_allocation = 219, line_Kg_assembly = 358, line_buckling_solver = 500 };
 
-    explicit solver_buckling_Euler(const Settings* settings) : base(settings, buckling_identity) {
+    explicit solver_buckling_Euler(const Settings* settings)
+        : base(settings, buckling_identity, "  Size matrix Kg         : ", "  Size matrix B-modes    : ") {
         this->B_indefinite_ = true;
     }
 
 protected:
     void clear_inputs(Data& data) override;
     void numbering(Data& data) override;
-    void log_sizes(Data& data) override;
-    double needed_size(Data& data) override;
     void compute(Data& data) override;
     void clear_unkept(Data& data) override;
-    bool make_resident(Data& data) override;
+    double& size_of_B(Data& data) override { return data.size_Kg; }
+    fem::FEM_SymSparse& record_of_B(Data& data) override { return data.Kg; }
 
     // B := -Kg of the static solution (matrix code 1, level 3); data.Kg shows Kg.
     void assemble_Kg(Data& data);
@@ -73,42 +73,12 @@ void solver_buckling_Euler<Types, Settings, Data>::clear_inputs(Data& data) {
     data.Kf = fem::FEM_factor();
 }
 
-// The numbering of the static run with Ks, Kf and the static solution always made
-// (Kg comes from its stresses), then the pattern and size of Kg: that of Ks.
+// The numbering of the static run with the static solution always made (Kg comes
+// from its stresses), then the pattern and size of Kg: that of Ks.
 template <class Types, class Settings, class Data>
 void solver_buckling_Euler<Types, Settings, Data>::numbering(Data& data) {
-    this->release_eigen();
     this->mass_scaling_ = settings().mode_scaling != 0;
-    this->prepare(data);
-    this->need_Ks_ = this->need_Kf_ = this->need_U_ = this->need_F_ = true;
-    this->collect_imposed_DOFs(data);
-    if (this->stop_requested(data)) return;
-    this->number_system(data);
-    if (data.error_code) return;
-    this->make_total_index(data);
-    const std::size_t n = this->free_IDs_->size();
-    if (const int rc = this->make_B_pattern(fem::matrix_K, true))
-        return this->set_error(data, rc, "Kg assembly error.", line_Kg_allocation);
-    data.size_Kg = n ? (4.0 * double(n + 18 + this->B_nnz_) + 8.0 * double(this->B_nnz_)) / 1048576.0 : 0.0;
-    const std::size_t m =
-        eigen_run_detail::plan_ritz(~std::size_t(0) / 4, settings().max_modes, settings().ritz_factor, n).size;
-    data.size_D_modes = double(n) * double(m) * 8.0 / 1048576.0;
-}
-
-template <class Types, class Settings, class Data>
-void solver_buckling_Euler<Types, Settings, Data>::log_sizes(Data& data) {
-    base::log_sizes(data);
-    this->log_size(2, "  Size matrix Kg         : ", this->B_nnz_, data.size_Kg);
-    this->log_size(2, "  Size matrix B-modes    : ",
-                   static_cast<unsigned long long>(data.size_D_modes * 1048576.0 / 8.0 + 0.5), data.size_D_modes);
-}
-
-template <class Types, class Settings, class Data>
-double solver_buckling_Euler<Types, Settings, Data>::needed_size(Data& data) {
-    const double static_part = base::needed_size(data);
-    const double part = data.size_Kg + ((settings().output_mask & fem::mask_modes) ? data.size_D_modes : 0.0);
-    data.size_total += part;
-    return static_part + part;
+    this->number_with_B(data, fem::matrix_K, true, true, "Kg assembly error.", line_Kg_allocation);
 }
 
 template <class Types, class Settings, class Data>
@@ -197,15 +167,6 @@ void solver_buckling_Euler<Types, Settings, Data>::clear_unkept(Data& data) {
         for (std::size_t k = 0; k < B.nbr_entries(); ++k) B[k] = -B[k];
     }
     base::clear_unkept(data);
-    const std::uint32_t keep = settings().input_mask | settings().output_mask;
-    if (!(keep & fem::mask_Ks)) data.Kg = fem::FEM_SymSparse();
-    if (!(settings().output_mask & fem::mask_modes)) data.D_modes = fem::FEM_states();
-}
-
-template <class Types, class Settings, class Data>
-bool solver_buckling_Euler<Types, Settings, Data>::make_resident(Data& data) {
-    const bool ok = this->make_resident_modes(data.D_modes);
-    return base::make_resident(data) && ok;
 }
 
 }  // namespace core

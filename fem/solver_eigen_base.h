@@ -95,7 +95,9 @@ public:
     typedef typename base::skyline_type skyline_type;
     typedef typename base::states_type states_type;
 
-    solver_eigen_base(const Settings* settings, const solver_identity& id) : base(settings, id) {}
+    // B_label and modes_label: the size lines of B and of the modes in the log.
+    solver_eigen_base(const Settings* settings, const solver_identity& id, const char* B_label, const char* modes_label)
+        : base(settings, id), B_label_(B_label), modes_label_(modes_label) {}
 
     // Number of eigenvalues of (Ks, B) below lambda: the negative pivots of
     // Ks - lambda B, factored in the place of Kf. Returns 0 or the factorisation's
@@ -103,6 +105,22 @@ public:
     int sturm_count(double lambda, std::size_t& count);
 
 protected:
+    // The record's fields of B: its size in MB and its matrix.
+    virtual double& size_of_B(Data& data) = 0;
+    virtual fem::FEM_SymSparse& record_of_B(Data& data) = 0;
+
+    void log_sizes(Data& data) override;
+    double needed_size(Data& data) override;
+    // B (when the masks keep Ks) and the modes (when kept) stay in the record.
+    void clear_unkept(Data& data) override;
+    bool make_resident(Data& data) override;
+
+    // The numbering of the static run with Ks and Kf always made (the Sturm counts and
+    // the shifted factor are built from them) and the static solution when need_U,
+    // then the pattern of B on the coupling graph of matrix_code (or its diagonal
+    // alone), its size in size_B and that of the Ritz space at its largest. A failure
+    // of the graph is set with error_text at line.
+    void number_with_B(Data& data, unsigned matrix_code, bool coupled, bool need_U, const char* error_text, int line);
     // The pattern of B on the free DOFs: the coupling graph of matrix_code, or the
     // diagonal alone; B_nnz_ its entries. Returns the model's code.
     int make_B_pattern(unsigned matrix_code, bool coupled);
@@ -128,11 +146,12 @@ protected:
     // modes, whose eigenvalues go to lambda_ and the modes to `modes` (rows of the
     // total index). error_text and line name a failure of the stage.
     void solve_modes(Data& data, fem::FEM_states& modes, const char* error_text, int line);
-    bool make_resident_modes(fem::FEM_states& modes);
     void release_eigen();
 
     const Settings& settings() const { return base::settings(); }
 
+    const char* B_label_;
+    const char* modes_label_;
     symmetric_sparse<double> B_pattern_;
     std::uint64_t B_nnz_ = 0;
     Ptr<sparse_type> B_;
@@ -150,6 +169,59 @@ protected:
     Ptr<states_type> D_;
     orv::dense1D<double, 8> lambda_;
 };
+
+template <class Types, class Settings, class Data>
+void solver_eigen_base<Types, Settings, Data>::number_with_B(Data& data, unsigned matrix_code, bool coupled,
+                                                             bool need_U, const char* error_text, int line) {
+    release_eigen();
+    this->prepare(data);
+    this->need_Ks_ = this->need_Kf_ = true;
+    if (need_U) this->need_U_ = this->need_F_ = true;
+    this->collect_imposed_DOFs(data);
+    if (this->stop_requested(data)) return;
+    this->number_system(data);
+    if (data.error_code) return;
+    this->make_total_index(data);
+    const std::size_t n = this->free_IDs_->size();
+    if (const int rc = make_B_pattern(matrix_code, coupled)) return this->set_error(data, rc, error_text, line);
+    size_of_B(data) = n ? (4.0 * double(n + 18 + B_nnz_) + 8.0 * double(B_nnz_)) / 1048576.0 : 0.0;
+    // The Ritz space at its largest: max_modes * max(ritz_factor, 2) + 4 vectors.
+    const std::size_t m =
+        eigen_run_detail::plan_ritz(~std::size_t(0) / 4, settings().max_modes, settings().ritz_factor, n).size;
+    data.size_D_modes = double(n) * double(m) * 8.0 / 1048576.0;
+}
+
+template <class Types, class Settings, class Data>
+void solver_eigen_base<Types, Settings, Data>::log_sizes(Data& data) {
+    base::log_sizes(data);
+    this->log_size(2, B_label_, B_nnz_, size_of_B(data));
+    this->log_size(2, modes_label_, static_cast<unsigned long long>(data.size_D_modes * 1048576.0 / 8.0 + 0.5),
+                   data.size_D_modes);
+}
+
+template <class Types, class Settings, class Data>
+double solver_eigen_base<Types, Settings, Data>::needed_size(Data& data) {
+    const double static_part = base::needed_size(data);
+    const double part = size_of_B(data) + ((settings().output_mask & fem::mask_modes) ? data.size_D_modes : 0.0);
+    data.size_total += part;
+    return static_part + part;
+}
+
+template <class Types, class Settings, class Data>
+void solver_eigen_base<Types, Settings, Data>::clear_unkept(Data& data) {
+    base::clear_unkept(data);
+    const std::uint32_t keep = settings().input_mask | settings().output_mask;
+    if (!(keep & fem::mask_Ks)) record_of_B(data) = fem::FEM_SymSparse();
+    if (!(settings().output_mask & fem::mask_modes)) data.D_modes = fem::FEM_states();
+}
+
+template <class Types, class Settings, class Data>
+bool solver_eigen_base<Types, Settings, Data>::make_resident(Data& data) {
+    bool ok = true;
+    if (data.D_modes.is_valid() && !data.D_modes.is_all_incore()) ok = data.D_modes.force_incore();
+    release_eigen();
+    return base::make_resident(data) && ok;
+}
 
 template <class Types, class Settings, class Data>
 int solver_eigen_base<Types, Settings, Data>::make_B_pattern(unsigned matrix_code, bool coupled) {
@@ -370,14 +442,6 @@ void solver_eigen_base<Types, Settings, Data>::solve_modes(Data& data, fem::FEM_
         D_ = D;
         modes = fem::FEM_states(D.get());
     });
-}
-
-template <class Types, class Settings, class Data>
-bool solver_eigen_base<Types, Settings, Data>::make_resident_modes(fem::FEM_states& modes) {
-    bool ok = true;
-    if (modes.is_valid() && !modes.is_all_incore()) ok = modes.force_incore();
-    release_eigen();
-    return ok;
 }
 
 template <class Types, class Settings, class Data>

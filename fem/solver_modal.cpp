@@ -14,17 +14,7 @@ namespace {
 
 typedef solver_modal<OOC_matrix_types, modal_engine_settings, fem::solver_modal::data_type> base_engine;
 
-// The engine keeps its own copy of the settings, refreshed from the handle at each run.
-class modal_engine : public base_engine {
-public:
-    modal_engine() : base_engine(&own_settings_) {}
-    void set_settings(const fem::solver_modal::settings_type& s) {
-        static_cast<fem::solver_modal::settings_type&>(own_settings_) = s;
-    }
-
-private:
-    modal_engine_settings own_settings_;
-};
+typedef handle_engine<base_engine, modal_engine_settings> modal_engine;
 
 }  // namespace
 

@@ -54,16 +54,15 @@ public:
 
     enum : int { line_Ms_allocation = 219, line_Ms_assembly = 252, line_no_mass = 256, line_modal_solver = 500 };
 
-    explicit solver_modal(const Settings* settings) : base(settings, modal_identity) {}
+    explicit solver_modal(const Settings* settings)
+        : base(settings, modal_identity, "  Size matrix Ms         : ", "  Size matrix D-modes    : ") {}
 
 protected:
     void clear_inputs(Data& data) override;
     void numbering(Data& data) override;
-    void log_sizes(Data& data) override;
-    double needed_size(Data& data) override;
     void compute(Data& data) override;
-    void clear_unkept(Data& data) override;
-    bool make_resident(Data& data) override;
+    double& size_of_B(Data& data) override { return data.size_Ms; }
+    fem::FEM_SymSparse& record_of_B(Data& data) override { return data.Ms; }
 
     void assemble_mass(Data& data);
     void count_modes(Data& data);
@@ -81,42 +80,11 @@ void solver_modal<Types, Settings, Data>::clear_inputs(Data& data) {
     data.Kf = fem::FEM_factor();
 }
 
-// The numbering of the static run, with Ks and Kf always made (the Sturm counts and
-// the shifted factor are built from them), then the pattern and size of Ms.
+// The numbering of the static run, then the pattern and size of Ms.
 template <class Types, class Settings, class Data>
 void solver_modal<Types, Settings, Data>::numbering(Data& data) {
-    this->release_eigen();
-    this->prepare(data);
-    this->need_Ks_ = this->need_Kf_ = true;
-    this->collect_imposed_DOFs(data);
-    if (this->stop_requested(data)) return;
-    this->number_system(data);
-    if (data.error_code) return;
-    this->make_total_index(data);
-    const std::size_t n = this->free_IDs_->size();
-    if (const int rc = this->make_B_pattern(fem::matrix_M, settings().mass_level == 1))
-        return this->set_error(data, rc, "Ms assembly error.", line_Ms_allocation);
-    data.size_Ms = n ? (4.0 * double(n + 18 + this->B_nnz_) + 8.0 * double(this->B_nnz_)) / 1048576.0 : 0.0;
-    // The Ritz space at its largest: max_modes * max(ritz_factor, 2) + 4 vectors.
-    const std::size_t m =
-        eigen_run_detail::plan_ritz(~std::size_t(0) / 4, settings().max_modes, settings().ritz_factor, n).size;
-    data.size_D_modes = double(n) * double(m) * 8.0 / 1048576.0;
-}
-
-template <class Types, class Settings, class Data>
-void solver_modal<Types, Settings, Data>::log_sizes(Data& data) {
-    base::log_sizes(data);
-    this->log_size(2, "  Size matrix Ms         : ", this->B_nnz_, data.size_Ms);
-    this->log_size(2, "  Size matrix D-modes    : ",
-                   static_cast<unsigned long long>(data.size_D_modes * 1048576.0 / 8.0 + 0.5), data.size_D_modes);
-}
-
-template <class Types, class Settings, class Data>
-double solver_modal<Types, Settings, Data>::needed_size(Data& data) {
-    const double static_part = base::needed_size(data);
-    const double modal_part = data.size_Ms + ((settings().output_mask & fem::mask_modes) ? data.size_D_modes : 0.0);
-    data.size_total += modal_part;
-    return static_part + modal_part;
+    this->number_with_B(data, fem::matrix_M, settings().mass_level == 1, false, "Ms assembly error.",
+                        line_Ms_allocation);
 }
 
 template <class Types, class Settings, class Data>
@@ -222,20 +190,6 @@ void solver_modal<Types, Settings, Data>::post_process(Data& data) {
             data.mode_results(c, 5 + d) = m > 0 ? p[d] * p[d] / m : 0.0;
         }
     }
-}
-
-template <class Types, class Settings, class Data>
-void solver_modal<Types, Settings, Data>::clear_unkept(Data& data) {
-    base::clear_unkept(data);
-    const std::uint32_t keep = settings().input_mask | settings().output_mask;
-    if (!(keep & fem::mask_Ks)) data.Ms = fem::FEM_SymSparse();
-    if (!(settings().output_mask & fem::mask_modes)) data.D_modes = fem::FEM_states();
-}
-
-template <class Types, class Settings, class Data>
-bool solver_modal<Types, Settings, Data>::make_resident(Data& data) {
-    const bool ok = this->make_resident_modes(data.D_modes);
-    return base::make_resident(data) && ok;
 }
 
 }  // namespace core

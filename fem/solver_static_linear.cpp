@@ -21,16 +21,7 @@ typedef solver_static_linear<OOC_matrix_types, fem::solver_static_linear::settin
                              fem::solver_static_linear::data_type>
     base_engine;
 
-// The engine of a handle keeps its own copy of the settings, refreshed from the handle
-// at each run, so that a copy of the handle never leaves it pointing at freed settings.
-class static_linear_engine : public base_engine {
-public:
-    static_linear_engine() : base_engine(&own_settings_) {}
-    fem::solver_static_linear::settings_type& own_settings() { return own_settings_; }
-
-private:
-    fem::solver_static_linear::settings_type own_settings_;
-};
+typedef handle_engine<base_engine, fem::solver_static_linear::settings_type> static_linear_engine;
 
 }  // namespace
 
@@ -68,7 +59,7 @@ void solver_static_linear::run(data_type& data) {
         core::set_error_msg(data, fem::error_internal, "INTERNAL ERROR", "");
         return;
     }
-    e->own_settings() = settings;
+    e->set_settings(settings);
     e->run(data, static_cast<const problem_data&>(data), data.U_prior, data.F, data.U, data.Ks, data.Kf);
 }
 

@@ -233,5 +233,22 @@ void solver_base<Settings, Data>::run(Data& data, const Held&... held) noexcept 
     // The references drop in reverse order as the array and self go out of scope.
 }
 
+// The engine of a public run handle: it keeps its own copy of the settings, refreshed
+// from the handle at each run, so that a copy of the handle never leaves it pointing
+// at freed settings. EngineSettings is the public settings record or one that derives
+// from it (with the settings of steps the public record does not show).
+template <class Engine, class EngineSettings>
+class handle_engine : public Engine {
+public:
+    handle_engine() : Engine(&own_settings_) {}
+    template <class Public>
+    void set_settings(const Public& s) {
+        static_cast<Public&>(own_settings_) = s;
+    }
+
+private:
+    EngineSettings own_settings_;
+};
+
 }  // namespace core
 }  // namespace orv
