@@ -1,5 +1,6 @@
 // Public handles of the mass physics and the public creation of the mass meshes.
 #include <orv/fem/model_axi3d_mass.h>
+#include <orv/fem/model_heat.h>
 #include <orv/fem/model_line_mass.h>
 #include <orv/fem/model_solid_mass.h>
 #include <orv/fem/model_surf_mass.h>
@@ -58,21 +59,56 @@ numerical_model_mass::numerical_model_mass(const context& ctx, const physics_mod
     init(ctx, physics, connectivity, type);
 }
 
-error_type numerical_model_mass::init(const context& ctx, const physics_model_base& physics,
-                                      const dense2D<unsigned int>& connectivity, element_type type) {
-    clear_w();
+namespace {
+
+// A mass or heat mesh of `physics` into `handle`.
+error_type make_mesh(numerical_model_base& handle, const context& ctx, const physics_model_base& physics,
+                     const dense2D<unsigned int>& connectivity, element_type type, bool heat) {
+    handle.clear_w();
     core::physics_model_base* ph = physics.engine();
     if (!ctx.engine() || !ph) return error_data;
     Ptr<core::numerical_model_base> model;
     int rc = 0;
     try {
-        rc = core::create_mass_mesh(ctx.engine(), Ptr<core::physics_model_base>(ph), connectivity, type, model);
+        rc = core::create_mass_mesh(ctx.engine(), Ptr<core::physics_model_base>(ph), connectivity, type, model, heat);
     } catch (...) {
         return error_memory;
     }
     if (rc) return static_cast<error_type>(rc);
-    set_w(static_cast<ref_counted*>(model.get()));
+    handle.set_w(static_cast<ref_counted*>(model.get()));
     return no_error;
+}
+
+const unsigned temperature_slot[1] = {6};
+
+}  // namespace
+
+error_type numerical_model_mass::init(const context& ctx, const physics_model_base& physics,
+                                      const dense2D<unsigned int>& connectivity, element_type type) {
+    return make_mesh(*this, ctx, physics, connectivity, type, false);
+}
+
+#define ORV_HEAT_PHYSICS(X, Engine) \
+    ORV_FEM_PHYSICS_HANDLE_IMPL(X, make_mass<core::Engine>(*this, law, temperature_slot, 1))
+ORV_HEAT_PHYSICS(model_heat_conduction_1d, heat_conduction_1d)
+ORV_HEAT_PHYSICS(model_heat_conduction_2d, heat_conduction_2d)
+ORV_HEAT_PHYSICS(model_heat_conduction_3d, heat_conduction_3d)
+ORV_HEAT_PHYSICS(model_heat_capacity_1d, heat_capacity_1d)
+ORV_HEAT_PHYSICS(model_heat_capacity_2d, heat_capacity_2d)
+ORV_HEAT_PHYSICS(model_heat_capacity_3d, heat_capacity_3d)
+ORV_HEAT_PHYSICS(model_heat_convection_1d, heat_convection_1d)
+ORV_HEAT_PHYSICS(model_heat_convection_2d, heat_convection_2d)
+#undef ORV_HEAT_PHYSICS
+
+numerical_model_heat::numerical_model_heat() = default;
+numerical_model_heat::numerical_model_heat(const context& ctx, const physics_model_base& physics,
+                                           const dense2D<unsigned int>& connectivity, element_type type) {
+    init(ctx, physics, connectivity, type);
+}
+
+error_type numerical_model_heat::init(const context& ctx, const physics_model_base& physics,
+                                      const dense2D<unsigned int>& connectivity, element_type type) {
+    return make_mesh(*this, ctx, physics, connectivity, type, true);
 }
 
 }  // namespace fem

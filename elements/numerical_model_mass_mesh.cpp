@@ -114,6 +114,14 @@ const char* mass_physics_name(unsigned family) {
         case mass_displacement_2d::family_code: return "mass_displacement_2d";
         case mass_displacement_3d::family_code: return "mass_displacement_3d";
         case mass_axi3d::family_code: return "mass_axi3d";
+        case heat_conduction_1d::family_code: return "heat_conduction_1d";
+        case heat_conduction_2d::family_code: return "heat_conduction_2d";
+        case heat_conduction_3d::family_code: return "heat_conduction_3d";
+        case heat_capacity_1d::family_code: return "heat_capacity_1d";
+        case heat_capacity_2d::family_code: return "heat_capacity_2d";
+        case heat_capacity_3d::family_code: return "heat_capacity_3d";
+        case heat_convection_1d::family_code: return "heat_convection_1d";
+        case heat_convection_2d::family_code: return "heat_convection_2d";
         default: return "";
     }
 }
@@ -122,10 +130,11 @@ const char* mass_physics_name(unsigned family) {
 
 int create_mass_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                      const dense2D<unsigned int>& connectivity, fem::element_type type,
-                     Ptr<numerical_model_base>& model) {
+                     Ptr<numerical_model_base>& model, bool heat) {
     model.reset();
     const mass_physics* mp = dynamic_cast<const mass_physics*>(physics.get());
     if (!mp || !mp->density() || mp->nbr_DOF_slots() == 0 || mp->nbr_DOF_slots() > 3) return fem::error_data;
+    if ((mp->get_family_code() >= heat_conduction_1d::family_code) != heat) return fem::error_data;
     if (!elfes::find_family_entry(mass_physics_name(mp->get_family_code()), type, elfes::instance_lin))
         return fem::error_element_type;
     if (connectivity.rows() != fem::nbr_nodes(type)) return fem::error_connectivity;

@@ -20,8 +20,9 @@ public:
     mass_mesh_base(context_type* ctx, const Ptr<physics_model_base>& physics, const dense2D<unsigned int>& connectivity,
                    fem::element_type type);
 
-    // The mass matrix (code 2) only; code 9 goes its own way.
-    bool has_matrix(unsigned matrix_code) const override { return matrix_code == fem::matrix_M; }
+    // The physics' matrix only (the mass, code 2, for a mass physics); code 9 goes its
+    // own way.
+    bool has_matrix(unsigned matrix_code) const override { return physics() && matrix_code == mass()->matrix_code(); }
     // Mass meshes take no load.
     bool accepts_load(const fem::elementary_load&) const override { return false; }
     bool has_internal_states() const override { return false; }
@@ -95,11 +96,11 @@ numerical_model_base* make_mass_mesh(context_type* ctx, const Ptr<physics_model_
 mesh_creator create_mass_mesh_edge, create_mass_mesh_face, create_mass_mesh_solid;
 
 // The public creation path: -101 for a physics that is no mass physics with a
-// density law, -104 for a shape outside the family table of the physics, -105 for a
+// density law (with heat: no heat physics), -104 for a shape outside the family table of the physics, -105 for a
 // connectivity whose rows are not the shape's node count, -199 on memory.
 int create_mass_mesh(context_type* ctx, const Ptr<physics_model_base>& physics,
                      const dense2D<unsigned int>& connectivity, fem::element_type type,
-                     Ptr<numerical_model_base>& model);
+                     Ptr<numerical_model_base>& model, bool heat = false);
 
 // Replaces the element's symmetric matrix by a diagonal that keeps, for each DOF slot
 // (ID % 9), the total of the slot's block: each diagonal entry is scaled by the ratio

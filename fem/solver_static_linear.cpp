@@ -2,6 +2,7 @@
 #include "fem/solver_static_linear.h"
 #include <orv/fem/error_type.h>
 
+#include <orv/fem/solver_heat_static_linear.h>
 #include <orv/fem/solver_static_linear.h>
 
 #include <algorithm>
@@ -14,6 +15,8 @@ namespace core {
 
 const solver_identity static_linear_identity = {"solver_static_linear", "ORV FEM(R) - STATIC LINEAR",
                                                 "fem/solver_static_linear", 199};
+const solver_identity heat_static_identity = {"solver_heat_static_linear", "ORV FEM(R) - THERMAL STATIC LINEAR",
+                                              "fem/solver_heat_static_linear", 199};
 
 namespace {
 
@@ -22,6 +25,17 @@ typedef solver_static_linear<OOC_matrix_types, fem::solver_static_linear::settin
     base_engine;
 
 typedef handle_engine<base_engine, fem::solver_static_linear::settings_type> static_linear_engine;
+
+// The steady heat run: the same engine on the conduction matrix, its solution
+// reported as temperatures.
+class heat_static_engine : public static_linear_engine {
+public:
+    heat_static_engine() {
+        set_identity(heat_static_identity);
+        stiffness_code_ = fem::matrix_conduction;
+        temperatures_ = true;
+    }
+};
 
 }  // namespace
 
@@ -55,6 +69,22 @@ solver_static_linear::solver_static_linear() : settings() {
 
 void solver_static_linear::run(data_type& data) {
     core::static_linear_engine* e = dynamic_cast<core::static_linear_engine*>(engine());
+    if (!e) {
+        core::set_error_msg(data, fem::error_internal, "INTERNAL ERROR", "");
+        return;
+    }
+    e->set_settings(settings);
+    e->run(data, static_cast<const problem_data&>(data), data.U_prior, data.F, data.U, data.Ks, data.Kf);
+}
+
+ORV_FEM_HANDLE_IMPL(solver_heat_static_linear, solver_base, core::solver_root)
+
+solver_heat_static_linear::solver_heat_static_linear() : settings() {
+    set_w(static_cast<ref_counted*>(new (std::nothrow) core::heat_static_engine()));
+}
+
+void solver_heat_static_linear::run(data_type& data) {
+    core::heat_static_engine* e = dynamic_cast<core::heat_static_engine*>(engine());
     if (!e) {
         core::set_error_msg(data, fem::error_internal, "INTERNAL ERROR", "");
         return;

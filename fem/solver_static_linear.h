@@ -193,7 +193,7 @@ public:
     // The same for the whole stiffness as Kf holds it: the pass without penalties and
     // the penalty pass.
     int add_stiffness_forces(const DOF_vector& U, DOF_vector& target, double multiplier, unsigned nbr_threads) const {
-        int rc = add_internal_forces(fem::matrix_K, U, target, multiplier, stiffness_params(), nbr_threads);
+        int rc = add_internal_forces(stiffness_code_, U, target, multiplier, stiffness_params(), nbr_threads);
         if (!rc) rc = add_internal_forces(fem::matrix_penalty, U, target, multiplier, params_, nbr_threads);
         return rc;
     }
@@ -269,6 +269,10 @@ protected:
 
     const Settings& settings() const { return base::settings(); }
 
+    // The matrix of the run's operator: the stiffness, or the conduction of a heat run,
+    // whose solution is temperatures (reported as such, with no energy).
+    unsigned stiffness_code_ = fem::matrix_K;
+    bool temperatures_ = false;
     Ptr<problem_data> problem_;
     numerical_model_base* model_ = nullptr;
     const DOFs_mgr* table_ = nullptr;

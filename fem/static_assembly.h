@@ -136,7 +136,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_Ks(Data& data) {
         Ks_built_ = true;
         data.Ks = fem::FEM_SymSparse(Ks.get());
         matrix_sym_assembler<sparse_type> a(*Ks_, 1.0);
-        const int rc = assemble_into(fem::matrix_K, a, stiffness_params());
+        const int rc = assemble_into(stiffness_code_, a, stiffness_params());
         if (rc) this->set_error(data, rc, "K assembly error.", line_Ks_assembly);
     });
     if (ran && Ks_) log_Ks_statistics(*Ks_);
@@ -161,7 +161,7 @@ void solver_static_linear<Types, Settings, Data>::assemble_Kf(Data& data) {
         skyline_type view(free_IDs_, static_cast<const symmetric_hybrid_OOC<double>&>(Kf_->matrix()));
         if (!Ks_) {
             matrix_sym_assembler<skyline_type> a(view, 1.0);
-            const int rc = assemble_into(fem::matrix_K, a, stiffness_params());
+            const int rc = assemble_into(stiffness_code_, a, stiffness_params());
             if (rc) this->set_error(data, rc, "K assembly error.", line_Kf_assembly);
         } else {
             scatter_Ks_into_Kf(*Ks_, view);

@@ -33,7 +33,7 @@ void solver_static_linear<Types, Settings, Data>::compute_energies(Data& data) {
             args.U = &Uc;
             args.pos = &problem_->get_pos();
             args.stresses = stresses;
-            const int rc = model_->assemble_matrix(fem::matrix_K, args);
+            const int rc = model_->assemble_matrix(stiffness_code_, args);
             if (rc) return this->set_error(data, rc, "Solver error.", line_solver);
             e = args.accumulators[0];
         }
@@ -71,27 +71,31 @@ void solver_static_linear<Types, Settings, Data>::report_cases(Data& data) {
     for (std::size_t c = 0; c < nbr_cases_; ++c) {
         dense1D<double, 8> u;
         if (U_->dense().get_col(c, u)) continue;
-        double dmax = 0.0, dmin = 0.0, rmax = 0.0, rmin = 0.0;
-        bool d_any = false, r_any = false;
+        // Extremes over the displacement (ID % 9 in 0 to 2), rotation (3 to 5) and
+        // temperature (6) DOFs; 0 for a kind the case does not have.
+        double hi[3] = {0, 0, 0}, lo[3] = {0, 0, 0};
+        bool any[3] = {false, false, false};
         for (std::size_t i = 0; i < n; ++i) {
-            const unsigned k = (*total_IDs_)[i] % fem::DOFs_per_node;
+            const unsigned slot = (*total_IDs_)[i] % fem::DOFs_per_node;
+            const int g = slot < 3 ? 0 : slot < 6 ? 1 : slot == 6 ? 2 : -1;
+            if (g < 0) continue;
             const double v = u[i];
-            if (k < 3) {
-                dmax = d_any ? std::max(dmax, v) : v;
-                dmin = d_any ? std::min(dmin, v) : v;
-                d_any = true;
-            } else if (k < 6) {
-                rmax = r_any ? std::max(rmax, v) : v;
-                rmin = r_any ? std::min(rmin, v) : v;
-                r_any = true;
-            }
+            hi[g] = any[g] ? std::max(hi[g], v) : v;
+            lo[g] = any[g] ? std::min(lo[g], v) : v;
+            any[g] = true;
         }
         const int k = int(c);
+        if (temperatures_) {
+            this->log(3, "%3d ||TH||               : %+E\n", k, detail::two_norm(u.data(), n));
+            this->log(3, "%3d max temperature      : %+E\n", k, hi[2]);
+            this->log(3, "%3d min temperature      : %+E\n", k, lo[2]);
+            continue;
+        }
         this->log(3, "%3d ||U||                : %+E\n", k, detail::two_norm(u.data(), n));
-        this->log(3, "%3d max displacement     : %+E\n", k, dmax);
-        this->log(3, "%3d min displacement     : %+E\n", k, dmin);
-        this->log(3, "%3d max rotation         : %+E\n", k, rmax);
-        this->log(3, "%3d min rotation         : %+E\n", k, rmin);
+        this->log(3, "%3d max displacement     : %+E\n", k, hi[0]);
+        this->log(3, "%3d min displacement     : %+E\n", k, lo[0]);
+        this->log(3, "%3d max rotation         : %+E\n", k, hi[1]);
+        this->log(3, "%3d min rotation         : %+E\n", k, lo[1]);
         this->log(3, "%3d elastic energy       : %+E\n", k, c < data.energy.size() ? data.energy[c] : 0.0);
     }
 }

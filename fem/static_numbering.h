@@ -56,8 +56,8 @@ int solver_static_linear<Types, Settings, Data>::build_graph() {
     graph_ptr_.clear();
     graph_IDs_.clear();
     if (!graph_ptr_.push_back(0u)) return fem::error_memory;
-    const int rc =
-        model_->get_DOFs_graph(*table_, numerical_model_base::all_elements, 1, graph_ptr_, graph_IDs_, free_filter);
+    const int rc = model_->get_DOFs_graph(*table_, numerical_model_base::all_elements, stiffness_code_, graph_ptr_,
+                                          graph_IDs_, free_filter);
     have_graph_ = rc == 0;
     return rc;
 }
@@ -94,7 +94,7 @@ int solver_static_linear<Types, Settings, Data>::number_from_model(Data& data, s
     const std::uint64_t by_nodes = 6ull * table_->nbr_nodes();
     const std::uint64_t by_table = table_->size();
     candidates->reserve(static_cast<std::size_t>(std::min(by_elements, std::min(by_nodes, by_table))));
-    int rc = model_->get_DOFs(*table_, numerical_model_base::all_elements, 1, *candidates, free_filter);
+    int rc = model_->get_DOFs(*table_, numerical_model_base::all_elements, stiffness_code_, *candidates, free_filter);
     if (rc) {
         this->set_error(data, rc, "K assembly error.", line_Ks_allocation);
         return rc;

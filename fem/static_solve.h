@@ -19,6 +19,7 @@ bool solver_static_linear<Types, Settings, Data>::allocate_U(Data& data) {
     }
     U_ = U;
     detail::solution_of(data) = fem::FEM_states(U.get());
+    if (temperatures_) return true;  // a heat run has no energy
     data.energy = dense1D<double>(nbr_cases_, 0.0);
     if constexpr (detail::has_strain_energy<Data>::value) data.strain_energy = dense1D<double>(nbr_cases_, 0.0);
     return true;
@@ -44,7 +45,7 @@ void solver_static_linear<Types, Settings, Data>::solve_cases(Data& data) {
         if (rc) return this->set_error(data, rc, "Solver error.", line_solver);
         const long bad = first_non_finite_case(*U_);
         if (bad >= 0) return set_not_finite(data, bad, line_solution_not_finite);
-        compute_energies(data);
+        if (!temperatures_) compute_energies(data);  // a heat run has no energy
     });
 }
 

@@ -43,6 +43,10 @@ public:
     // Size limit of a run in MB; process_mgr::no_size_limit without a context.
     std::uint64_t max_total_size() const;
 
+protected:
+    // For a run that is another run's engine under its own name (the steady heat run).
+    void set_identity(const solver_identity& id) { id_ = id; }
+
 private:
     solver_identity id_;
     Ptr<context_type> context_;
