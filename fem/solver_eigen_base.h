@@ -16,7 +16,7 @@
 #include "eigen/eigen_Lanczos_hybrid.h"
 #include "eigen/eigen_mass.h"
 #include "eigen/eigen_subspace.h"
-#include "fem/solver_static_linear.h"
+#include "fem/solver_pencil_base.h"
 #include "linalg/sparse_pattern.h"
 
 namespace orv {
@@ -87,8 +87,8 @@ inline double mean_diagonal(const symmetric_sparse<double>& A) {
 }  // namespace eigen_run_detail
 
 template <class Types, class Settings, class Data>
-class solver_eigen_base : public solver_static_linear<Types, Settings, Data> {
-    typedef solver_static_linear<Types, Settings, Data> base;
+class solver_eigen_base : public solver_pencil_base<Types, Settings, Data> {
+    typedef solver_pencil_base<Types, Settings, Data> base;
 
 public:
     typedef typename base::sparse_type sparse_type;
@@ -97,7 +97,7 @@ public:
 
     // B_label and modes_label: the size lines of B and of the modes in the log.
     solver_eigen_base(const Settings* settings, const solver_identity& id, const char* B_label, const char* modes_label)
-        : base(settings, id), B_label_(B_label), modes_label_(modes_label) {}
+        : base(settings, id, B_label), modes_label_(modes_label) {}
 
     // Number of eigenvalues of (Ks, B) below lambda: the negative pivots of
     // Ks - lambda B, factored in the place of Kf. Returns 0 or the factorisation's
@@ -105,28 +105,14 @@ public:
     int sturm_count(double lambda, std::size_t& count);
 
 protected:
-    // The record's fields of B: its size in MB and its matrix.
-    virtual double& size_of_B(Data& data) = 0;
-    virtual fem::FEM_SymSparse& record_of_B(Data& data) = 0;
-
     void log_sizes(Data& data) override;
     double needed_size(Data& data) override;
-    // B (when the masks keep Ks) and the modes (when kept) stay in the record.
+    // The modes (when kept) stay in the record.
     void clear_unkept(Data& data) override;
     bool make_resident(Data& data) override;
 
-    // The numbering of the static run with Ks and Kf always made (the Sturm counts and
-    // the shifted factor are built from them) and the static solution when need_U,
-    // then the pattern of B on the coupling graph of matrix_code (or its diagonal
-    // alone), its size in size_B and that of the Ritz space at its largest. A failure
-    // of the graph is set with error_text at line.
+    // The numbering of the pencil with the size of the Ritz space at its largest.
     void number_with_B(Data& data, unsigned matrix_code, bool coupled, bool need_U, const char* error_text, int line);
-    // The pattern of B on the free DOFs: the coupling graph of matrix_code, or the
-    // diagonal alone; B_nnz_ its entries. Returns the model's code.
-    int make_B_pattern(unsigned matrix_code, bool coupled);
-    // Allocates B on its pattern and publishes it in `out`; false (error set) when
-    // memory fails.
-    bool allocate_B(Data& data, fem::FEM_SymSparse& out, int line);
     // Number of eigenvalues in [l1, l2] (signed ends; K positive definite when l1 < 0)
     // into count_, the dimension when an end is infinite. Errors of the counts go to
     // data with the static run's words.
@@ -134,7 +120,7 @@ protected:
     // The Ritz plan of count_ and its log lines.
     void plan_modes(Data& data, const char* memory_label);
     // Kf := Ks + s B, not factored.
-    void refill_Kf(double s);
+    void refill_Kf(double s) { this->fill_Kf(1.0, s); }
     // The static solution of the load cases: Kf := Ks (again, when Sturm counts used
     // it) factored under the positive pivot check, the loads and the solve of the
     // static run.
@@ -150,11 +136,7 @@ protected:
 
     const Settings& settings() const { return base::settings(); }
 
-    const char* B_label_;
     const char* modes_label_;
-    symmetric_sparse<double> B_pattern_;
-    std::uint64_t B_nnz_ = 0;
-    Ptr<sparse_type> B_;
     bool B_indefinite_ = false;
     bool mass_scaling_ = true;  // modes of unit |x^T B x|, else of unit Euclidean norm
     // The window [l1_, l2_] of the eigenvalues and the shift s of Kf = Ks + s B.
@@ -174,18 +156,10 @@ template <class Types, class Settings, class Data>
 void solver_eigen_base<Types, Settings, Data>::number_with_B(Data& data, unsigned matrix_code, bool coupled,
                                                              bool need_U, const char* error_text, int line) {
     release_eigen();
-    this->prepare(data);
-    this->need_Ks_ = this->need_Kf_ = true;
-    if (need_U) this->need_U_ = this->need_F_ = true;
-    this->collect_imposed_DOFs(data);
-    if (this->stop_requested(data)) return;
-    this->number_system(data);
-    if (data.error_code) return;
-    this->make_total_index(data);
-    const std::size_t n = this->free_IDs_->size();
-    if (const int rc = make_B_pattern(matrix_code, coupled)) return this->set_error(data, rc, error_text, line);
-    size_of_B(data) = n ? (4.0 * double(n + 18 + B_nnz_) + 8.0 * double(B_nnz_)) / 1048576.0 : 0.0;
+    base::number_with_B(data, matrix_code, coupled, need_U, error_text, line);
+    if (data.error_code || !this->free_IDs_) return;
     // The Ritz space at its largest: max_modes * max(ritz_factor, 2) + 4 vectors.
+    const std::size_t n = this->free_IDs_->size();
     const std::size_t m =
         eigen_run_detail::plan_ritz(~std::size_t(0) / 4, settings().max_modes, settings().ritz_factor, n).size;
     data.size_D_modes = double(n) * double(m) * 8.0 / 1048576.0;
@@ -194,24 +168,21 @@ void solver_eigen_base<Types, Settings, Data>::number_with_B(Data& data, unsigne
 template <class Types, class Settings, class Data>
 void solver_eigen_base<Types, Settings, Data>::log_sizes(Data& data) {
     base::log_sizes(data);
-    this->log_size(2, B_label_, B_nnz_, size_of_B(data));
     this->log_size(2, modes_label_, static_cast<unsigned long long>(data.size_D_modes * 1048576.0 / 8.0 + 0.5),
                    data.size_D_modes);
 }
 
 template <class Types, class Settings, class Data>
 double solver_eigen_base<Types, Settings, Data>::needed_size(Data& data) {
-    const double static_part = base::needed_size(data);
-    const double part = size_of_B(data) + ((settings().output_mask & fem::mask_modes) ? data.size_D_modes : 0.0);
+    const double need = base::needed_size(data);
+    const double part = (settings().output_mask & fem::mask_modes) ? data.size_D_modes : 0.0;
     data.size_total += part;
-    return static_part + part;
+    return need + part;
 }
 
 template <class Types, class Settings, class Data>
 void solver_eigen_base<Types, Settings, Data>::clear_unkept(Data& data) {
     base::clear_unkept(data);
-    const std::uint32_t keep = settings().input_mask | settings().output_mask;
-    if (!(keep & fem::mask_Ks)) record_of_B(data) = fem::FEM_SymSparse();
     if (!(settings().output_mask & fem::mask_modes)) data.D_modes = fem::FEM_states();
 }
 
@@ -221,48 +192,6 @@ bool solver_eigen_base<Types, Settings, Data>::make_resident(Data& data) {
     if (data.D_modes.is_valid() && !data.D_modes.is_all_incore()) ok = data.D_modes.force_incore();
     release_eigen();
     return base::make_resident(data) && ok;
-}
-
-template <class Types, class Settings, class Data>
-int solver_eigen_base<Types, Settings, Data>::make_B_pattern(unsigned matrix_code, bool coupled) {
-    const std::size_t n = this->free_IDs_->size();
-    B_nnz_ = 0;
-    if (!n) return 0;
-    dense1D<unsigned int, 8> ptr, ids;
-    if (!ptr.push_back(0u)) throw std::bad_alloc();
-    if (coupled) {
-        const DOF_filter free_filter{this->table_, true};
-        const int rc = this->model_->get_DOFs_graph(*this->table_, numerical_model_base::all_elements, matrix_code, ptr,
-                                                    ids, free_filter);
-        if (rc) return rc;
-    }
-    // Without groups every row has only its diagonal.
-    build_sparse_pattern(ptr, ids, *this->free_IDs_, B_pattern_);
-    B_nnz_ = B_pattern_.nbr_entries();
-    return 0;
-}
-
-template <class Types, class Settings, class Data>
-bool solver_eigen_base<Types, Settings, Data>::allocate_B(Data& data, fem::FEM_SymSparse& out, int line) {
-    Ptr<sparse_type> B(new sparse_type(this->free_IDs_));
-    if (this->free_IDs_->size() && !B->matrix().init(B_pattern_.pointers(), B_pattern_.columns(), 0.0)) {
-        this->set_error(data, fem::error_memory, "Matrix allocation error.", line);
-        return false;
-    }
-    B_ = B;
-    out = fem::FEM_SymSparse(B.get());
-    B_pattern_ = symmetric_sparse<double>();
-    return true;
-}
-
-template <class Types, class Settings, class Data>
-void solver_eigen_base<Types, Settings, Data>::refill_Kf(double s) {
-    skyline_factor& K = this->Kf_->matrix();
-    K.fill(0.0);
-    K.set_unfactored();
-    skyline_type view(this->free_IDs_, static_cast<const symmetric_hybrid_OOC<double>&>(K));
-    this->scatter_Ks_into_Kf(*this->Ks_, view);
-    if (s != 0.0) this->scatter_Ks_into_Kf(*B_, view, s);
 }
 
 template <class Types, class Settings, class Data>
@@ -370,7 +299,7 @@ void solver_eigen_base<Types, Settings, Data>::factorize_shifted(Data& data) {
                 return this->set_error(data, fem::error_pivot, "Pivot error.", base::line_pivot);
             }
             if (!v.warning) break;
-            const double mean = eigen_run_detail::mean_diagonal(B_->matrix());
+            const double mean = eigen_run_detail::mean_diagonal(this->B_->matrix());
             if (attempt == max_retries || !(mean > 0)) {
                 if (!data.warning_code) data.bad_pivot_DOF = at;
                 this->set_warning(data, fem::warning_pivot, "Pivot warning.");
@@ -395,7 +324,7 @@ void solver_eigen_base<Types, Settings, Data>::solve_modes(Data& data, fem::FEM_
         const std::size_t n = K.dimension();
         sparse_mass Bop;
         const int prc = Bop.init(
-            B_->matrix(), *this->free_IDs_, [&](unsigned id) { return unsigned(this->free_IDs_->find(id)); }, n);
+            this->B_->matrix(), *this->free_IDs_, [&](unsigned id) { return unsigned(this->free_IDs_->find(id)); }, n);
         if (prc) return this->set_error(data, prc, error_text, line);
         eigen_settings es;
         es.tolerance = settings().tolerance;
@@ -446,9 +375,7 @@ void solver_eigen_base<Types, Settings, Data>::solve_modes(Data& data, fem::FEM_
 
 template <class Types, class Settings, class Data>
 void solver_eigen_base<Types, Settings, Data>::release_eigen() {
-    B_pattern_ = symmetric_sparse<double>();
-    B_nnz_ = 0;
-    B_.reset();
+    this->release_B();
     D_.reset();
     lambda_.clear();
     count_ = 0;

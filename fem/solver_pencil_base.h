@@ -1,0 +1,155 @@
+// Engine base of the runs that work on the stiffness (or conduction) matrix K of the
+// linear static run and a second matrix B on the same free DOFs: the eigen runs (B
+// the mass, or -Kg) and the transient runs (B the mass or the heat capacity). It
+// holds B, its pattern and size, and fills Kf with a combination of K and B.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "fem/solver_static_linear.h"
+#include "linalg/sparse_pattern.h"
+
+namespace orv {
+namespace core {
+
+template <class Types, class Settings, class Data>
+class solver_pencil_base : public solver_static_linear<Types, Settings, Data> {
+    typedef solver_static_linear<Types, Settings, Data> base;
+
+public:
+    typedef typename base::sparse_type sparse_type;
+    typedef typename base::skyline_type skyline_type;
+
+    // B_label: the size line of B in the log.
+    solver_pencil_base(const Settings* settings, const solver_identity& id, const char* B_label)
+        : base(settings, id), B_label_(B_label) {}
+
+protected:
+    // The record's fields of B: its size in MB and its matrix.
+    virtual double& size_of_B(Data& data) = 0;
+    virtual fem::FEM_SymSparse& record_of_B(Data& data) = 0;
+
+    void log_sizes(Data& data) override;
+    double needed_size(Data& data) override;
+    // B stays in the record when the masks keep Ks.
+    void clear_unkept(Data& data) override;
+    bool make_resident(Data& data) override;
+
+    // The numbering of the static run with Ks and Kf always made and the static
+    // solution when need_U, then the pattern of B on the coupling graph of
+    // matrix_code (or its diagonal alone) and its size. A failure of the graph is set
+    // with error_text at line.
+    void number_with_B(Data& data, unsigned matrix_code, bool coupled, bool need_U, const char* error_text, int line);
+    // The pattern of B on the free DOFs: the coupling graph of matrix_code, or the
+    // diagonal alone; B_nnz_ its entries. Returns the model's code.
+    int make_B_pattern(unsigned matrix_code, bool coupled);
+    // Allocates B on its pattern and publishes it in `out`; false (error set) when
+    // memory fails.
+    bool allocate_B(Data& data, fem::FEM_SymSparse& out, int line);
+    // Kf := k Ks + b B, not factored.
+    void fill_Kf(double k, double b);
+    void release_B();
+
+    const Settings& settings() const { return base::settings(); }
+
+    const char* B_label_;
+    symmetric_sparse<double> B_pattern_;
+    std::uint64_t B_nnz_ = 0;
+    Ptr<sparse_type> B_;
+};
+
+template <class Types, class Settings, class Data>
+void solver_pencil_base<Types, Settings, Data>::number_with_B(Data& data, unsigned matrix_code, bool coupled,
+                                                              bool need_U, const char* error_text, int line) {
+    release_B();
+    this->prepare(data);
+    this->need_Ks_ = this->need_Kf_ = true;
+    if (need_U) this->need_U_ = this->need_F_ = true;
+    this->collect_imposed_DOFs(data);
+    if (this->stop_requested(data)) return;
+    this->number_system(data);
+    if (data.error_code) return;
+    this->make_total_index(data);
+    const std::size_t n = this->free_IDs_->size();
+    if (const int rc = make_B_pattern(matrix_code, coupled)) return this->set_error(data, rc, error_text, line);
+    size_of_B(data) = n ? (4.0 * double(n + 18 + B_nnz_) + 8.0 * double(B_nnz_)) / 1048576.0 : 0.0;
+}
+
+template <class Types, class Settings, class Data>
+void solver_pencil_base<Types, Settings, Data>::log_sizes(Data& data) {
+    base::log_sizes(data);
+    this->log_size(2, B_label_, B_nnz_, size_of_B(data));
+}
+
+template <class Types, class Settings, class Data>
+double solver_pencil_base<Types, Settings, Data>::needed_size(Data& data) {
+    const double need = base::needed_size(data);
+    data.size_total += size_of_B(data);
+    return need + size_of_B(data);
+}
+
+template <class Types, class Settings, class Data>
+void solver_pencil_base<Types, Settings, Data>::clear_unkept(Data& data) {
+    base::clear_unkept(data);
+    const std::uint32_t keep = settings().input_mask | settings().output_mask;
+    if (!(keep & fem::mask_Ks)) record_of_B(data) = fem::FEM_SymSparse();
+}
+
+template <class Types, class Settings, class Data>
+bool solver_pencil_base<Types, Settings, Data>::make_resident(Data& data) {
+    release_B();
+    return base::make_resident(data);
+}
+
+template <class Types, class Settings, class Data>
+int solver_pencil_base<Types, Settings, Data>::make_B_pattern(unsigned matrix_code, bool coupled) {
+    const std::size_t n = this->free_IDs_->size();
+    B_nnz_ = 0;
+    if (!n) return 0;
+    dense1D<unsigned int, 8> ptr, ids;
+    if (!ptr.push_back(0u)) throw std::bad_alloc();
+    if (coupled) {
+        const DOF_filter free_filter{this->table_, true};
+        const int rc = this->model_->get_DOFs_graph(*this->table_, numerical_model_base::all_elements, matrix_code, ptr,
+                                                    ids, free_filter);
+        if (rc) return rc;
+    }
+    // Without groups every row has only its diagonal.
+    build_sparse_pattern(ptr, ids, *this->free_IDs_, B_pattern_);
+    B_nnz_ = B_pattern_.nbr_entries();
+    return 0;
+}
+
+template <class Types, class Settings, class Data>
+bool solver_pencil_base<Types, Settings, Data>::allocate_B(Data& data, fem::FEM_SymSparse& out, int line) {
+    Ptr<sparse_type> B(new sparse_type(this->free_IDs_));
+    if (this->free_IDs_->size() && !B->matrix().init(B_pattern_.pointers(), B_pattern_.columns(), 0.0)) {
+        this->set_error(data, fem::error_memory, "Matrix allocation error.", line);
+        return false;
+    }
+    B_ = B;
+    out = fem::FEM_SymSparse(B.get());
+    B_pattern_ = symmetric_sparse<double>();
+    return true;
+}
+
+template <class Types, class Settings, class Data>
+void solver_pencil_base<Types, Settings, Data>::fill_Kf(double k, double b) {
+    skyline_factor& K = this->Kf_->matrix();
+    K.fill(0.0);
+    K.set_unfactored();
+    skyline_type view(this->free_IDs_, static_cast<const symmetric_hybrid_OOC<double>&>(K));
+    if (k != 0.0) this->scatter_Ks_into_Kf(*this->Ks_, view, k);
+    if (b != 0.0) this->scatter_Ks_into_Kf(*B_, view, b);
+}
+
+template <class Types, class Settings, class Data>
+void solver_pencil_base<Types, Settings, Data>::release_B() {
+    B_pattern_ = symmetric_sparse<double>();
+    B_nnz_ = 0;
+    B_.reset();
+}
+
+}  // namespace core
+}  // namespace orv
