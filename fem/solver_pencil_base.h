@@ -7,11 +7,30 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <orv/fem/solver_static_linear.h>
+
 #include "fem/solver_static_linear.h"
 #include "linalg/sparse_pattern.h"
 
 namespace orv {
 namespace core {
+
+// A run's settings record with the settings of the static steps at the linear static
+// run's defaults, taken from its settings record so that the two never drift apart.
+template <class Public>
+struct static_steps_settings : Public {
+    static const fem::solver_static_linear::settings_type& static_defaults() {
+        static const fem::solver_static_linear::settings_type defaults;
+        return defaults;
+    }
+    std::uint32_t use_ALM = static_defaults().use_ALM;
+    std::uint32_t max_iters_CG = static_defaults().max_iters_CG;
+    std::uint32_t max_iters_ALM = static_defaults().max_iters_ALM;
+    double tol_ALM = static_defaults().tol_ALM;
+    double tol_CG = static_defaults().tol_CG;
+    double ALM_floor = static_defaults().ALM_floor;
+    bool force_positive_pivots = static_defaults().force_positive_pivots;
+};
 
 template <class Types, class Settings, class Data>
 class solver_pencil_base : public solver_static_linear<Types, Settings, Data> {

@@ -86,16 +86,23 @@ struct has_strain_energy : std::false_type {};
 template <class D>
 struct has_strain_energy<D, std::void_t<decltype(std::declval<D&>().strain_energy)>> : std::true_type {};
 
-// The matrix of solutions of a data record: U, or S_modes for a record that names its
-// static solutions so (the modal run's).
+// The matrix of solutions of a data record: U, S_modes for a record that names its
+// static solutions so (the eigen runs'), or T for the temperatures of a transient
+// heat run.
 template <class D, class = void>
 struct has_static_modes : std::false_type {};
 template <class D>
 struct has_static_modes<D, std::void_t<decltype(std::declval<D&>().S_modes)>> : std::true_type {};
+template <class D, class = void>
+struct has_temperatures : std::false_type {};
+template <class D>
+struct has_temperatures<D, std::void_t<decltype(std::declval<D&>().T)>> : std::true_type {};
 template <class D>
 fem::FEM_states& solution_of(D& data) {
     if constexpr (has_static_modes<D>::value)
         return data.S_modes;
+    else if constexpr (has_temperatures<D>::value)
+        return data.T;
     else
         return data.U;
 }

@@ -8,6 +8,7 @@
 
 #include <orv/fem/DOFs_mgr.h>
 #include <orv/fem/context.h>
+#include <orv/fem/evolution_funcs_mgr.h>
 #include <orv/fem/law_scalar.h>
 #include <orv/fem/law_solid_stiff.h>
 #include <orv/fem/model_heat.h>
@@ -15,6 +16,7 @@
 #include <orv/fem/numerical_model_composite.h>
 #include <orv/fem/numerical_model_mass.h>
 #include <orv/fem/problem_data.h>
+#include <orv/fem/solver_heat_dynamic_linear.h>
 #include <orv/fem/solver_heat_static_linear.h>
 
 #include "elements/shape_element_type.h"
@@ -97,7 +99,8 @@ TEST(HeatStatic, PatchTestOnEveryShape) {
     patch_test<elfes::faceQ9, fem::model_heat_conduction_2d>(2);
 }
 
-// A bar of n edge elements on [0, L]: conduction kA, and convection hP when h > 0.
+// A bar of n edge elements on [0, L]: conduction kA, convection hP when hP > 0 and
+// capacity cA when cA > 0.
 struct bar {
     fem::context ctx;
     dense2D<double> pos;
@@ -106,7 +109,7 @@ struct bar {
     fem::problem_data problem;
     std::vector<fem::numerical_model_base> held;
 
-    bar(unsigned n, unsigned order, double L, double kA, double hP) : comp(ctx) {
+    bar(unsigned n, unsigned order, double L, double kA, double hP, double cA = 0.0) : comp(ctx) {
         const unsigned nn = n * order + 1;
         pos = dense2D<double>(3, nn, 0.0);
         for (unsigned i = 0; i < nn; ++i) pos(0, i) = L * i / (nn - 1);
@@ -129,6 +132,14 @@ struct bar {
             EXPECT_TRUE(H.is_valid());
             comp.insert(H.ID());
             held.push_back(H);
+        }
+        if (cA > 0) {
+            fem::law_scalar c(ctx, cA);
+            fem::model_heat_capacity_1d capacity(c);
+            fem::numerical_model_heat C(ctx, capacity, conn, type);
+            EXPECT_TRUE(C.is_valid());
+            comp.insert(C.ID());
+            held.push_back(C);
         }
         table = fem::DOFs_mgr(nn, false);
         for (unsigned i = 0; i < nn; ++i) table.set(i, fem::field_temperature, true);
@@ -195,6 +206,122 @@ TEST(HeatStatic, BadHeatModelsGetTheirCodes) {
     fem::numerical_model_mass mass;
     EXPECT_EQ(mass.init(ctx, good, edge, fem::FE_edge2), fem::error_data);  // heat is no mass
     EXPECT_EQ(m.init(ctx, good, edge, fem::FE_edge2), fem::no_error);
+}
+
+// Transient: a bar held at 0 at x = 0, insulated at x = L, starting from its first
+// mode sin(pi x / 2L), which decays as exp(-(k / c) (pi / 2L)^2 t).
+struct transient {
+    static constexpr double L = 1.0, k = 2.0, c = 4.0;
+    bar b{40, 2, L, k, 0.0, c};
+    fem::FEM_states T0;
+
+    transient() {
+        const unsigned nn = b.pos.cols();
+        dense1D<unsigned int> ids(nn, 0u);
+        for (unsigned i = 0; i < nn; ++i) ids[i] = 9 * i + 6;
+        T0 = fem::FEM_states(ids, 1, 0.0);
+        for (unsigned i = 0; i < nn; ++i) T0.set_val(9 * i + 6, 0, std::sin(3.141592653589793 * b.pos(0, i) / (2 * L)));
+        b.problem.get_loads_mgr(0).record_DOF_prescribed_value(6, 0.0);
+    }
+    // The temperature at x = L after a run to t_end with steps dt.
+    double tip(double dt, double theta, double t_end, fem::solver_heat_dynamic_linear::data_type* out = nullptr) {
+        fem::solver_heat_dynamic_linear solver;
+        solver.settings.t_end = t_end;
+        solver.settings.dt = dt;
+        solver.settings.theta = theta;
+        fem::solver_heat_dynamic_linear::data_type data(b.problem);
+        data.T_init = T0;
+        solver.run(data);
+        EXPECT_EQ(data.error_code, 0) << data.error_msg;
+        double t = 0.0;
+        data.T.get_val(9ull * (b.pos.cols() - 1) + 6, data.T.cols() - 1, t);
+        if (out) *out = data;
+        return t;
+    }
+};
+
+TEST(HeatTransient, FirstModeDecaysAtItsRate) {
+    transient tr;
+    const double t_end = 0.2, pi = 3.141592653589793;
+    fem::solver_heat_dynamic_linear::data_type data;
+    const double tip = tr.tip(0.001, 0.5, t_end, &data);
+    EXPECT_NEAR(tip, std::exp(-(tr.k / tr.c) * pi * pi / 4 * t_end), 1e-6);
+    ASSERT_EQ(data.times.size(), 200u);
+    EXPECT_DOUBLE_EQ(data.times[199], t_end);  // t_start + s dt by multiplication
+}
+
+// Against a run with a tiny step on the same mesh: Crank-Nicolson halves its error by
+// four when the step halves, the implicit scheme by two.
+TEST(HeatTransient, CrankNicolsonSecondOrderImplicitFirstOrder) {
+    transient tr;
+    const double t_end = 0.4, reference = tr.tip(2e-4, 0.5, t_end);
+    const double cn1 = tr.tip(0.04, 0.5, t_end) - reference, cn2 = tr.tip(0.02, 0.5, t_end) - reference;
+    const double be1 = tr.tip(0.04, 1.0, t_end) - reference, be2 = tr.tip(0.02, 1.0, t_end) - reference;
+    EXPECT_NEAR(cn1 / cn2, 4.0, 0.2);
+    EXPECT_NEAR(be1 / be2, 2.0, 0.2);
+}
+
+// The explicit limit of this mesh is about dt = 2 / lambda_max ~ 2e-5: the implicit
+// scheme stays bounded and decays at steps ten thousand times longer.
+TEST(HeatTransient, ImplicitStableFarBeyondTheExplicitLimit) {
+    transient tr;
+    fem::solver_heat_dynamic_linear::data_type data;
+    tr.tip(0.2, 1.0, 2.0, &data);
+    ASSERT_EQ(data.T.cols(), 10u);
+    double last = 1.0;
+    for (unsigned s = 0; s < 10; ++s) {
+        double t = 0.0;
+        data.T.get_val(9ull * (tr.b.pos.cols() - 1) + 6, s, t);
+        EXPECT_GT(t, 0.0);
+        EXPECT_LT(t, last);
+        last = t;
+    }
+}
+
+// A bar whose end x = 0 is driven at T = t (an evolution function on the prescribed
+// value), insulated at x = L: after the transients (k / c = 8) it follows
+// T = t - (c / k) (L x - x^2 / 2), which the quadratic elements and the linear-in-time
+// scheme reproduce.
+TEST(HeatTransient, RampedEndTemperature) {
+    const double L = 1.0, k = 8.0, c = 1.0;
+    bar b(10, 2, L, k, 0.0, c);
+    fem::evolution_funcs_mgr funcs(b.ctx);
+    const unsigned ramp = funcs.create_linear(1.0);
+    b.problem.get_loads_mgr(0).record_DOF_prescribed_value(6, 1.0, ramp);
+    fem::solver_heat_dynamic_linear solver;
+    solver.settings.t_end = 1.0;
+    solver.settings.dt = 0.01;
+    fem::solver_heat_dynamic_linear::data_type data(b.problem);
+    solver.run(data);
+    ASSERT_EQ(data.error_code, 0) << data.error_msg;
+    for (unsigned i = 0; i < b.pos.cols(); i += 5) {
+        const double x = b.pos(0, i);
+        double t = 0.0;
+        data.T.get_val(9ull * i + 6, data.T.cols() - 1, t);
+        EXPECT_NEAR(t, 1.0 - (c / k) * (L * x - x * x / 2), 1e-6) << x;
+    }
+}
+
+TEST(HeatTransient, BadSettingsAndRecords) {
+    transient tr;
+    fem::solver_heat_dynamic_linear solver;
+    fem::solver_heat_dynamic_linear::data_type data(tr.b.problem);
+    solver.settings.t_end = 1.0;
+    solver.settings.dt = 0.1;
+    for (double theta : {-0.1, 1.5, std::nan("")}) {
+        solver.settings.theta = theta;
+        solver.run(data);
+        EXPECT_STREQ(data.error_msg, "ORV solver_heat_dynamic_linear: invalid settings.");
+    }
+    solver.settings.theta = 1.0;
+    solver.settings.dt = 0.0;
+    solver.run(data);
+    EXPECT_STREQ(data.error_name, "SETTINGS ERROR");
+    solver.settings.dt = 0.1;
+    fem::problem_data two(tr.b.ctx, tr.b.pos, tr.b.table, tr.b.comp.ID(), 2);
+    data = fem::solver_heat_dynamic_linear::data_type(two);
+    solver.run(data);
+    EXPECT_STREQ(data.error_msg, "ORV solver_heat_dynamic_linear: Needs exactly one load case.");
 }
 
 }  // namespace

@@ -1,0 +1,297 @@
+// Engine of the transient heat run: the numbering and conduction assembly of the
+// steady heat run, the capacity M as the second matrix of the pencil base, one
+// factor of M + dt theta K, and the theta scheme on the temperature rates.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include <orv/fem/solver_heat_dynamic_linear.h>
+
+#include "fem/solver_pencil_base.h"
+
+namespace orv {
+namespace core {
+
+extern const solver_identity heat_dynamic_identity;
+
+typedef static_steps_settings<fem::solver_heat_dynamic_linear::settings_type> heat_dynamic_engine_settings;
+
+template <class Types, class Settings, class Data>
+class solver_heat_dynamic_linear : public solver_pencil_base<Types, Settings, Data> {
+    typedef solver_pencil_base<Types, Settings, Data> base;
+
+public:
+    typedef typename base::sparse_type sparse_type;
+    typedef typename base::states_type states_type;
+
+    enum : int { line_Md = 201, line_loop = 600 };
+
+    explicit solver_heat_dynamic_linear(const Settings* settings)
+        : base(settings, heat_dynamic_identity, "  Size matrix Md         : ") {
+        this->stiffness_code_ = fem::matrix_conduction;
+        this->temperatures_ = true;
+    }
+
+protected:
+    void clear_inputs(Data& data) override;
+    void numbering(Data& data) override;
+    void log_sizes(Data& data) override;
+    double needed_size(Data& data) override;
+    void compute(Data& data) override;
+    bool make_resident(Data& data) override;
+    double& size_of_B(Data& data) override { return data.size_Md; }
+    fem::FEM_SymSparse& record_of_B(Data& data) override { return data.Md; }
+
+    void assemble_capacity(Data& data);
+    // Kf := M + a K, factored under the run's pivot policy.
+    void factorize_step_matrix(Data& data, double a);
+    void time_loop(Data& data);
+
+    // The state over the total index: free rows first, then the eliminated ones.
+    // Loads of the case at time t into f (total index, zeroed first).
+    int loads_at(double t, std::vector<double>& f);
+    // The prescribed temperatures at time t into the eliminated rows of T.
+    int prescribed_at(double t, std::vector<double>& T);
+    // r (free rows) += multiplier times the internal vector of matrix_code for x
+    // (total index): -multiplier K x or -multiplier M x.
+    int add_product(unsigned matrix_code, const std::vector<double>& x, std::vector<double>& r, double multiplier);
+    // Solves with Kf in place on the free rows of x.
+    void solve(std::vector<double>& x);
+
+    const Settings& settings() const { return base::settings(); }
+
+    std::size_t nbr_steps_ = 0, nbr_outputs_ = 0;
+};
+
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::clear_inputs(Data& data) {
+    data.F = fem::FEM_matrix();
+    data.Ks = fem::FEM_SymSparse();
+    data.Md = fem::FEM_SymSparse();
+    data.Kf = fem::FEM_factor();
+}
+
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::numbering(Data& data) {
+    const Settings& s = settings();
+    nbr_steps_ = std::size_t(std::nearbyint((s.t_end - s.t_start) / s.dt));
+    nbr_outputs_ = s.output_kind == 256 || s.output_kind == 512 ? nbr_steps_ / s.output_period : 1;
+    this->number_with_B(data, fem::matrix_capacity, true, false, "Md assembly error.", line_Md);
+    this->need_U_ = this->need_F_ = false;  // the loop keeps its own states
+    if (data.error_code) return;
+    const double n = double(this->total_IDs_->size());
+    data.size_outputs = n * double(nbr_outputs_) * (s.output_kind == 512 ? 2.0 : 1.0) * 8.0 / 1048576.0;
+}
+
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::log_sizes(Data& data) {
+    base::log_sizes(data);
+    this->log_size(2, "  Size matrix Mf         : ", static_cast<unsigned long long>(this->Kf_profile_), data.size_Kf);
+    this->log_size(2, "  Size matrix outputs    : ",
+                   static_cast<unsigned long long>(data.size_outputs * 1048576.0 / 8.0 + 0.5), data.size_outputs);
+}
+
+template <class Types, class Settings, class Data>
+double solver_heat_dynamic_linear<Types, Settings, Data>::needed_size(Data& data) {
+    const double need = base::needed_size(data);
+    data.size_total += data.size_outputs;
+    return need + data.size_outputs;
+}
+
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::compute(Data& data) {
+    this->assemble_stiffness(data);
+    this->assemble_penalties(data);
+    assemble_capacity(data);
+    time_loop(data);
+}
+
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::assemble_capacity(Data& data) {
+    if (data.error_code || this->stop_requested(data)) return;
+    this->step(data, data.time_assembly, "Numerical assembly matrix Md       : %10.2f s.\n", [&] {
+        if (!this->allocate_B(data, data.Md, line_Md)) return;
+        if (this->free_IDs_->size() == 0) return;
+        matrix_sym_assembler<sparse_type> a(*this->B_, 1.0);
+        assembly_args args;
+        args.params = this->stiffness_params();
+        args.matrix_assembler = &a;
+        args.matrix_level = 1;
+        args.pos = &this->problem_->get_pos();
+        const int rc = this->model_->assemble_matrix(fem::matrix_capacity, args);
+        if (rc) this->set_error(data, rc, "Md assembly error.", line_Md);
+    });
+}
+
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::factorize_step_matrix(Data& data, double a) {
+    if (data.error_code) return;
+    this->step(data, data.time_assembly, "Numerical assembly matrix Mf       : %10.2f s.\n",
+               [&] { this->fill_Kf(a, 1.0); });
+    this->factorize(data);
+}
+
+template <class Types, class Settings, class Data>
+int solver_heat_dynamic_linear<Types, Settings, Data>::loads_at(double t, std::vector<double>& f) {
+    const std::size_t n = this->total_IDs_->size();
+    f.assign(n, 0.0);
+    const loads_mgr* loads = this->problem_->get_loads(0);
+    if (!loads || n == 0) return 0;
+    DOF_vector target(this->total_IDs_, external_view(f.data(), n));
+    vector_assembler<double> va(target, 1.0);
+    assembly_args args;
+    args.params = this->params_;
+    args.params.time = t;
+    args.params.nbr_threads = this->nbr_threads();
+    args.vector_assembler = &va;
+    args.pos = &this->problem_->get_pos();
+    return loads->assemble(args);
+}
+
+template <class Types, class Settings, class Data>
+int solver_heat_dynamic_linear<Types, Settings, Data>::prescribed_at(double t, std::vector<double>& T) {
+    const loads_mgr* loads = this->problem_->get_loads(0);
+    if (!loads) return 0;
+    std::vector<std::pair<std::uint32_t, double>> values;
+    loads->get_prescribed_values(t, values);
+    const std::size_t n_free = this->free_IDs_->size();
+    for (const auto& iv : values) {
+        if (!std::isfinite(iv.second)) return fem::error_not_finite;
+        const std::uint32_t r = this->total_IDs_->find(iv.first);
+        if (r != DOF_index::npos && r >= n_free) T[r] = iv.second;
+    }
+    return 0;
+}
+
+template <class Types, class Settings, class Data>
+int solver_heat_dynamic_linear<Types, Settings, Data>::add_product(unsigned matrix_code, const std::vector<double>& x,
+                                                                   std::vector<double>& r, double multiplier) {
+    const std::size_t n = this->total_IDs_->size(), n_free = this->free_IDs_->size();
+    DOF_vector X(this->total_IDs_, external_view(const_cast<double*>(x.data()), n));
+    DOF_vector target(this->free_IDs_, external_view(r.data(), n_free));
+    return this->add_internal_forces(matrix_code, X, target, multiplier, this->stiffness_params(), this->nbr_threads());
+}
+
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::solve(std::vector<double>& x) {
+    if (this->free_IDs_->size()) this->Kf_->matrix().solve(x.data(), int(this->nbr_threads()));
+}
+
+// The theta scheme on the rates: the eliminated rows follow their prescribed values,
+// whose rates come from the same scheme; the free rows solve with the one factor.
+template <class Types, class Settings, class Data>
+void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
+    if (data.error_code || this->stop_requested(data)) return;
+    const Settings& s = settings();
+    const std::size_t n = this->total_IDs_->size(), n_free = this->free_IDs_->size();
+    const double dt = s.dt, theta = s.theta, a = dt * theta;
+    std::vector<double> T(n, 0.0), rate(n, 0.0), f, r(n, 0.0), v(n, 0.0), w(n, 0.0);
+
+    // Initial state: T_init by ID, prescribed values at t_start, then the start rate.
+    if (const FEM_states_engine* T0 = data.T_init.engine()) {
+        for (std::size_t i = 0; i < n_free; ++i) {
+            const std::uint32_t row = T0->row_of((*this->total_IDs_)[i]);
+            double value = 0.0;
+            if (row != FEM_states_engine::npos && T0->dense().get_val(row, 0, value) == 0) T[i] = value;
+        }
+    }
+    if (int rc = prescribed_at(s.t_start, T)) return this->set_error(data, rc, "FEM error.", line_loop);
+    if (theta < 1.0 && n_free) {
+        factorize_step_matrix(data, 0.0);  // M alone
+        if (data.error_code) return;
+        if (int rc = loads_at(s.t_start, f)) return this->set_error(data, rc, "FEM error.", line_loop);
+        std::copy(f.begin(), f.begin() + n_free, rate.begin());
+        if (int rc = add_product(fem::matrix_conduction, T, rate, 1.0))
+            return this->set_error(data, rc, "Solver error.", line_loop);
+        solve(rate);
+    }
+    factorize_step_matrix(data, a);
+    if (data.error_code) return;
+
+    Ptr<states_type> outT(new states_type()), outR;
+    context_type* ctx = this->context();
+    const Ptr<OOC_mgr> mgr(ctx ? ctx->OOC() : nullptr);
+    if (outT->init(this->total_IDs_, nbr_outputs_, 0.0, mgr))
+        return this->set_error(data, fem::error_memory, "Matrix allocation error.", line_loop);
+    if (s.output_kind == 512) {
+        outR = Ptr<states_type>(new states_type());
+        if (outR->init(this->total_IDs_, nbr_outputs_, 0.0, mgr))
+            return this->set_error(data, fem::error_memory, "Matrix allocation error.", line_loop);
+    }
+    data.times = dense1D<double>(nbr_outputs_, 0.0);
+    std::size_t output = 0;
+    auto write = [&](std::size_t col, double t) {
+        data.times[col] = t;
+        outT->dense().set_col(col, dense1D<double>(n, T.data()));
+        if (outR) outR->dense().set_col(col, dense1D<double>(n, rate.data()));
+    };
+
+    this->step(data, data.time_solve, "Resolution transient dynamic       : %10.2f s.\n", [&] {
+        for (std::size_t step = 1; step <= nbr_steps_; ++step) {
+            if (this->stop_requested(data)) return;
+            const double t = s.t_start + double(step) * dt;
+            // v = T_n + dt (1 - theta) T'_n; the right-hand side Q(t) - K v on the free rows.
+            for (std::size_t i = 0; i < n; ++i) v[i] = T[i] + dt * (1.0 - theta) * rate[i];
+            if (int rc = loads_at(t, f)) return this->set_error(data, rc, "FEM error.", line_loop);
+            std::copy(f.begin(), f.begin() + n_free, r.begin());
+            std::fill(r.begin() + n_free, r.end(), 0.0);
+            if (int rc = add_product(fem::matrix_conduction, v, r, 1.0))
+                return this->set_error(data, rc, "Solver error.", line_loop);
+            // The eliminated rows: their new values and rates, whose coupling (M + a K)
+            // w goes to the free rows.
+            std::vector<double> T_next(T);
+            if (int rc = prescribed_at(t, T_next)) return this->set_error(data, rc, "FEM error.", line_loop);
+            bool moving = false;
+            std::fill(w.begin(), w.end(), 0.0);
+            for (std::size_t i = n_free; i < n; ++i) {
+                const double d = T_next[i] - T[i] - dt * (1.0 - theta) * rate[i];
+                w[i] = theta > 0 ? d / a : (T_next[i] - T[i]) / dt;
+                moving = moving || w[i] != 0.0;
+            }
+            if (moving) {
+                int rc = add_product(fem::matrix_capacity, w, r, 1.0);
+                if (!rc && a != 0.0) rc = add_product(fem::matrix_conduction, w, r, a);
+                if (rc) return this->set_error(data, rc, "Solver error.", line_loop);
+            }
+            solve(r);
+            for (std::size_t i = 0; i < n_free; ++i) {
+                T[i] += dt * ((1.0 - theta) * rate[i] + theta * r[i]);
+                rate[i] = r[i];
+            }
+            for (std::size_t i = n_free; i < n; ++i) {
+                T[i] = T_next[i];
+                rate[i] = w[i];
+            }
+            if (!detail::all_finite(T.data(), n)) {
+                this->log(1, "Time step #%d: INF or NaN detected.\n", int(step));
+                return this->set_error(data, fem::error_not_finite, "INF or NaN detected.", line_loop);
+            }
+            const bool kept =
+                (s.output_kind == 256 || s.output_kind == 512) ? step % s.output_period == 0 : step == nbr_steps_;
+            if (kept && output < nbr_outputs_) {
+                write(output++, t);
+                this->log(3, "** Time step #%d (t = %E), Output #%d\n", int(step), t, int(output));
+            } else {
+                this->log(3, "** Time step #%d (t = %E)\n", int(step), t);
+            }
+        }
+    });
+    if (data.error_code) return;
+    data.T = fem::FEM_states(outT.get());
+    if (outR) data.dT = fem::FEM_states(outR.get());
+    data.F = fem::FEM_matrix();
+    this->log(1, "Steps                              : %10u\n", unsigned(nbr_steps_));
+    this->log(1, "Final time                         : %E\n", s.t_start + double(nbr_steps_) * dt);
+}
+
+template <class Types, class Settings, class Data>
+bool solver_heat_dynamic_linear<Types, Settings, Data>::make_resident(Data& data) {
+    bool ok = true;
+    if (data.dT.is_valid() && !data.dT.is_all_incore()) ok = data.dT.force_incore();
+    return base::make_resident(data) && ok;
+}
+
+}  // namespace core
+}  // namespace orv
