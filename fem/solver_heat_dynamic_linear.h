@@ -9,7 +9,7 @@
 
 #include <orv/fem/solver_heat_dynamic_linear.h>
 
-#include "fem/solver_pencil_base.h"
+#include "fem/solver_transient_base.h"
 
 namespace orv {
 namespace core {
@@ -19,8 +19,8 @@ extern const solver_identity heat_dynamic_identity;
 typedef static_steps_settings<fem::solver_heat_dynamic_linear::settings_type> heat_dynamic_engine_settings;
 
 template <class Types, class Settings, class Data>
-class solver_heat_dynamic_linear : public solver_pencil_base<Types, Settings, Data> {
-    typedef solver_pencil_base<Types, Settings, Data> base;
+class solver_heat_dynamic_linear : public solver_transient_base<Types, Settings, Data> {
+    typedef solver_transient_base<Types, Settings, Data> base;
 
 public:
     typedef typename base::sparse_type sparse_type;
@@ -48,17 +48,6 @@ protected:
     // Kf := M + a K, factored under the run's pivot policy.
     void factorize_step_matrix(Data& data, double a);
     void time_loop(Data& data);
-
-    // The state over the total index: free rows first, then the eliminated ones.
-    // Loads of the case at time t into f (total index, zeroed first).
-    int loads_at(double t, std::vector<double>& f);
-    // The prescribed temperatures at time t into the eliminated rows of T.
-    int prescribed_at(double t, std::vector<double>& T);
-    // r (free rows) += multiplier times the internal vector of matrix_code for x
-    // (total index): -multiplier K x or -multiplier M x.
-    int add_product(unsigned matrix_code, const std::vector<double>& x, std::vector<double>& r, double multiplier);
-    // Solves with Kf in place on the free rows of x.
-    void solve(std::vector<double>& x);
 
     const Settings& settings() const { return base::settings(); }
 
@@ -133,52 +122,6 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::factorize_step_matrix(Da
     this->factorize(data);
 }
 
-template <class Types, class Settings, class Data>
-int solver_heat_dynamic_linear<Types, Settings, Data>::loads_at(double t, std::vector<double>& f) {
-    const std::size_t n = this->total_IDs_->size();
-    f.assign(n, 0.0);
-    const loads_mgr* loads = this->problem_->get_loads(0);
-    if (!loads || n == 0) return 0;
-    DOF_vector target(this->total_IDs_, external_view(f.data(), n));
-    vector_assembler<double> va(target, 1.0);
-    assembly_args args;
-    args.params = this->params_;
-    args.params.time = t;
-    args.params.nbr_threads = this->nbr_threads();
-    args.vector_assembler = &va;
-    args.pos = &this->problem_->get_pos();
-    return loads->assemble(args);
-}
-
-template <class Types, class Settings, class Data>
-int solver_heat_dynamic_linear<Types, Settings, Data>::prescribed_at(double t, std::vector<double>& T) {
-    const loads_mgr* loads = this->problem_->get_loads(0);
-    if (!loads) return 0;
-    std::vector<std::pair<std::uint32_t, double>> values;
-    loads->get_prescribed_values(t, values);
-    const std::size_t n_free = this->free_IDs_->size();
-    for (const auto& iv : values) {
-        if (!std::isfinite(iv.second)) return fem::error_not_finite;
-        const std::uint32_t r = this->total_IDs_->find(iv.first);
-        if (r != DOF_index::npos && r >= n_free) T[r] = iv.second;
-    }
-    return 0;
-}
-
-template <class Types, class Settings, class Data>
-int solver_heat_dynamic_linear<Types, Settings, Data>::add_product(unsigned matrix_code, const std::vector<double>& x,
-                                                                   std::vector<double>& r, double multiplier) {
-    const std::size_t n = this->total_IDs_->size(), n_free = this->free_IDs_->size();
-    DOF_vector X(this->total_IDs_, external_view(const_cast<double*>(x.data()), n));
-    DOF_vector target(this->free_IDs_, external_view(r.data(), n_free));
-    return this->add_internal_forces(matrix_code, X, target, multiplier, this->stiffness_params(), this->nbr_threads());
-}
-
-template <class Types, class Settings, class Data>
-void solver_heat_dynamic_linear<Types, Settings, Data>::solve(std::vector<double>& x) {
-    if (this->free_IDs_->size()) this->Kf_->matrix().solve(x.data(), int(this->nbr_threads()));
-}
-
 // The theta scheme on the rates: the eliminated rows follow their prescribed values,
 // whose rates come from the same scheme; the free rows solve with the one factor.
 template <class Types, class Settings, class Data>
@@ -197,15 +140,15 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
             if (row != FEM_states_engine::npos && T0->dense().get_val(row, 0, value) == 0) T[i] = value;
         }
     }
-    if (int rc = prescribed_at(s.t_start, T)) return this->set_error(data, rc, "FEM error.", line_loop);
+    if (int rc = this->prescribed_at(s.t_start, T)) return this->set_error(data, rc, "FEM error.", line_loop);
     if (theta < 1.0 && n_free) {
         factorize_step_matrix(data, 0.0);  // M alone
         if (data.error_code) return;
-        if (int rc = loads_at(s.t_start, f)) return this->set_error(data, rc, "FEM error.", line_loop);
+        if (int rc = this->loads_at(s.t_start, f)) return this->set_error(data, rc, "FEM error.", line_loop);
         std::copy(f.begin(), f.begin() + n_free, rate.begin());
-        if (int rc = add_product(fem::matrix_conduction, T, rate, 1.0))
+        if (int rc = this->add_product(fem::matrix_conduction, T, rate, 1.0))
             return this->set_error(data, rc, "Solver error.", line_loop);
-        solve(rate);
+        this->solve_free(rate);
     }
     factorize_step_matrix(data, a);
     if (data.error_code) return;
@@ -234,15 +177,15 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
             const double t = s.t_start + double(step) * dt;
             // v = T_n + dt (1 - theta) T'_n; the right-hand side Q(t) - K v on the free rows.
             for (std::size_t i = 0; i < n; ++i) v[i] = T[i] + dt * (1.0 - theta) * rate[i];
-            if (int rc = loads_at(t, f)) return this->set_error(data, rc, "FEM error.", line_loop);
+            if (int rc = this->loads_at(t, f)) return this->set_error(data, rc, "FEM error.", line_loop);
             std::copy(f.begin(), f.begin() + n_free, r.begin());
             std::fill(r.begin() + n_free, r.end(), 0.0);
-            if (int rc = add_product(fem::matrix_conduction, v, r, 1.0))
+            if (int rc = this->add_product(fem::matrix_conduction, v, r, 1.0))
                 return this->set_error(data, rc, "Solver error.", line_loop);
             // The eliminated rows: their new values and rates, whose coupling (M + a K)
             // w goes to the free rows.
             std::vector<double> T_next(T);
-            if (int rc = prescribed_at(t, T_next)) return this->set_error(data, rc, "FEM error.", line_loop);
+            if (int rc = this->prescribed_at(t, T_next)) return this->set_error(data, rc, "FEM error.", line_loop);
             bool moving = false;
             std::fill(w.begin(), w.end(), 0.0);
             for (std::size_t i = n_free; i < n; ++i) {
@@ -251,11 +194,11 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
                 moving = moving || w[i] != 0.0;
             }
             if (moving) {
-                int rc = add_product(fem::matrix_capacity, w, r, 1.0);
-                if (!rc && a != 0.0) rc = add_product(fem::matrix_conduction, w, r, a);
+                int rc = this->add_product(fem::matrix_capacity, w, r, 1.0);
+                if (!rc && a != 0.0) rc = this->add_product(fem::matrix_conduction, w, r, a);
                 if (rc) return this->set_error(data, rc, "Solver error.", line_loop);
             }
-            solve(r);
+            this->solve_free(r);
             for (std::size_t i = 0; i < n_free; ++i) {
                 T[i] += dt * ((1.0 - theta) * rate[i] + theta * r[i]);
                 rate[i] = r[i];
