@@ -50,8 +50,6 @@ protected:
     void time_loop(Data& data);
 
     const Settings& settings() const { return base::settings(); }
-
-    std::size_t nbr_steps_ = 0, nbr_outputs_ = 0;
 };
 
 template <class Types, class Settings, class Data>
@@ -65,13 +63,12 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::clear_inputs(Data& data)
 template <class Types, class Settings, class Data>
 void solver_heat_dynamic_linear<Types, Settings, Data>::numbering(Data& data) {
     const Settings& s = settings();
-    nbr_steps_ = std::size_t(std::nearbyint((s.t_end - s.t_start) / s.dt));
-    nbr_outputs_ = s.output_kind == 256 || s.output_kind == 512 ? nbr_steps_ / s.output_period : 1;
+    this->plan_steps(s.t_start, s.t_end, s.dt, s.output_period, s.output_kind);
     this->number_with_B(data, fem::matrix_capacity, true, false, "Md assembly error.", line_Md);
     this->need_U_ = this->need_F_ = false;  // the loop keeps its own states
     if (data.error_code) return;
     const double n = double(this->total_IDs_->size());
-    data.size_outputs = n * double(nbr_outputs_) * (s.output_kind == 512 ? 2.0 : 1.0) * 8.0 / 1048576.0;
+    data.size_outputs = n * double(this->nbr_outputs_) * (s.output_kind == 512 ? 2.0 : 1.0) * 8.0 / 1048576.0;
 }
 
 template <class Types, class Settings, class Data>
@@ -133,13 +130,7 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
     std::vector<double> T(n, 0.0), rate(n, 0.0), f, r(n, 0.0), v(n, 0.0), w(n, 0.0);
 
     // Initial state: T_init by ID, prescribed values at t_start, then the start rate.
-    if (const FEM_states_engine* T0 = data.T_init.engine()) {
-        for (std::size_t i = 0; i < n_free; ++i) {
-            const std::uint32_t row = T0->row_of((*this->total_IDs_)[i]);
-            double value = 0.0;
-            if (row != FEM_states_engine::npos && T0->dense().get_val(row, 0, value) == 0) T[i] = value;
-        }
-    }
+    this->read_initial(data.T_init, 0, T);
     if (int rc = this->prescribed_at(s.t_start, T)) return this->set_error(data, rc, "FEM error.", line_loop);
     if (theta < 1.0 && n_free) {
         factorize_step_matrix(data, 0.0);  // M alone
@@ -153,17 +144,11 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
     factorize_step_matrix(data, a);
     if (data.error_code) return;
 
-    Ptr<states_type> outT(new states_type()), outR;
-    context_type* ctx = this->context();
-    const Ptr<OOC_mgr> mgr(ctx ? ctx->OOC() : nullptr);
-    if (outT->init(this->total_IDs_, nbr_outputs_, 0.0, mgr))
-        return this->set_error(data, fem::error_memory, "Matrix allocation error.", line_loop);
-    if (s.output_kind == 512) {
-        outR = Ptr<states_type>(new states_type());
-        if (outR->init(this->total_IDs_, nbr_outputs_, 0.0, mgr))
-            return this->set_error(data, fem::error_memory, "Matrix allocation error.", line_loop);
-    }
-    data.times = dense1D<double>(nbr_outputs_, 0.0);
+    const std::size_t outputs = this->nbr_outputs_;
+    Ptr<states_type> outT = this->make_outputs(data, outputs, line_loop), outR;
+    if (s.output_kind == 512) outR = this->make_outputs(data, outputs, line_loop);
+    if (data.error_code) return;
+    data.times = dense1D<double>(outputs, 0.0);
     std::size_t output = 0;
     auto write = [&](std::size_t col, double t) {
         data.times[col] = t;
@@ -172,7 +157,7 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
     };
 
     this->step(data, data.time_solve, "Resolution transient dynamic       : %10.2f s.\n", [&] {
-        for (std::size_t step = 1; step <= nbr_steps_; ++step) {
+        for (std::size_t step = 1; step <= this->nbr_steps_; ++step) {
             if (this->stop_requested(data)) return;
             const double t = s.t_start + double(step) * dt;
             // v = T_n + dt (1 - theta) T'_n; the right-hand side Q(t) - K v on the free rows.
@@ -211,22 +196,15 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::time_loop(Data& data) {
                 this->log(1, "Time step #%d: INF or NaN detected.\n", int(step));
                 return this->set_error(data, fem::error_not_finite, "INF or NaN detected.", line_loop);
             }
-            const bool kept =
-                (s.output_kind == 256 || s.output_kind == 512) ? step % s.output_period == 0 : step == nbr_steps_;
-            if (kept && output < nbr_outputs_) {
-                write(output++, t);
-                this->log(3, "** Time step #%d (t = %E), Output #%d\n", int(step), t, int(output));
-            } else {
-                this->log(3, "** Time step #%d (t = %E)\n", int(step), t);
-            }
+            if (this->is_output(step) && output < outputs) write(output++, t);
+            this->log_step(step, t, output);
         }
     });
     if (data.error_code) return;
     data.T = fem::FEM_states(outT.get());
     if (outR) data.dT = fem::FEM_states(outR.get());
     data.F = fem::FEM_matrix();
-    this->log(1, "Steps                              : %10u\n", unsigned(nbr_steps_));
-    this->log(1, "Final time                         : %E\n", s.t_start + double(nbr_steps_) * dt);
+    this->log_end(s.t_start, dt);
 }
 
 template <class Types, class Settings, class Data>

@@ -22,6 +22,49 @@ public:
     using base::base;
 
 protected:
+    // The steps and outputs of a run over [t_start, t_end] by dt: output kinds 256 and
+    // 512 keep every period-th step, any other kind the last step only.
+    void plan_steps(double t_start, double t_end, double dt, unsigned period, unsigned kind) {
+        nbr_steps_ = std::size_t(std::nearbyint((t_end - t_start) / dt));
+        every_ = kind == 256 || kind == 512 ? period : 0;
+        nbr_outputs_ = every_ ? nbr_steps_ / every_ : 1;
+    }
+    bool is_output(std::size_t step) const { return every_ ? step % every_ == 0 : step == nbr_steps_; }
+    // The line of a step: with its output number when it is an output.
+    void log_step(std::size_t step, double t, std::size_t output) {
+        if (is_output(step))
+            this->log(3, "** Time step #%d (t = %E), Output #%d\n", int(step), t, int(output));
+        else
+            this->log(3, "** Time step #%d (t = %E)\n", int(step), t);
+    }
+    // The end lines of the time loop.
+    void log_end(double t_start, double dt) {
+        this->log(1, "Steps                              : %10u\n", unsigned(nbr_steps_));
+        this->log(1, "Final time                         : %E\n", t_start + double(nbr_steps_) * dt);
+    }
+    // Column col of an initial state given by IDs into the free rows of x (rows the
+    // state lacks stay as they are).
+    void read_initial(const fem::FEM_states& init, std::size_t col, std::vector<double>& x) const {
+        const FEM_states_engine* e = init.engine();
+        if (!e || col >= e->dense().cols()) return;
+        for (std::size_t i = 0; i < this->free_IDs_->size(); ++i) {
+            const std::uint32_t row = e->row_of((*this->total_IDs_)[i]);
+            double value = 0.0;
+            if (row != FEM_states_engine::npos && e->dense().get_val(row, col, value) == 0) x[i] = value;
+        }
+    }
+    // Output states of `columns` columns over the total index; null (error set) when
+    // memory fails.
+    Ptr<typename base::states_type> make_outputs(Data& data, std::size_t columns, int line) {
+        Ptr<typename base::states_type> out(new typename base::states_type());
+        context_type* ctx = this->context();
+        if (out->init(this->total_IDs_, columns, 0.0, Ptr<OOC_mgr>(ctx ? ctx->OOC() : nullptr))) {
+            this->set_error(data, fem::error_memory, "Matrix allocation error.", line);
+            return Ptr<typename base::states_type>();
+        }
+        return out;
+    }
+
     // Loads of the case at time t into f (total index, zeroed first).
     int loads_at(double t, std::vector<double>& f);
     // The prescribed values at time t into the eliminated rows of x.
@@ -31,6 +74,8 @@ protected:
     int add_product(unsigned matrix_code, const std::vector<double>& x, std::vector<double>& r, double multiplier);
     // Solves with Kf in place on the free rows of x.
     void solve_free(std::vector<double>& x);
+
+    std::size_t nbr_steps_ = 0, nbr_outputs_ = 0, every_ = 1;
 };
 
 template <class Types, class Settings, class Data>
