@@ -45,18 +45,6 @@ inline ritz_plan plan_ritz(std::size_t count, std::size_t max_modes, std::size_t
     return p;
 }
 
-// y += A x for the upper-triangle storage of a symmetric matrix.
-inline void sparse_mult_add(const symmetric_sparse<double>& A, const double* x, double* y) {
-    const auto& ptr = A.pointers();
-    const auto& col = A.columns();
-    for (std::size_t r = 0; r < A.dim(); ++r)
-        for (std::size_t k = ptr[r]; k < ptr[r + 1]; ++k) {
-            const std::size_t c = col[k];
-            y[r] += A[k] * x[c];
-            if (c != r) y[c] += A[k] * x[r];
-        }
-}
-
 // Mean of the absolute diagonal, 0 for an empty matrix.
 inline double mean_diagonal(const symmetric_sparse<double>& A) {
     const auto& ptr = A.pointers();

@@ -174,8 +174,8 @@ void solver_modal<Types, Settings, Data>::post_process(Data& data) {
         if (!x) return this->set_error(data, fem::error_internal, "Modal solver.", line_modal_solver);
         std::fill(Mx.begin(), Mx.end(), 0.0);
         std::fill(Kx.begin(), Kx.end(), 0.0);
-        eigen_run_detail::sparse_mult_add(M, x, Mx.data());
-        eigen_run_detail::sparse_mult_add(Ks, x, Kx.data());
+        pencil_detail::sparse_mult_add(M, x, Mx.data());
+        pencil_detail::sparse_mult_add(Ks, x, Kx.data());
         double m = 0.0, k = 0.0, p[3] = {0.0, 0.0, 0.0};
         for (std::size_t i = 0; i < n; ++i) {
             m += x[i] * Mx[i];

@@ -32,6 +32,22 @@ struct static_steps_settings : Public {
     bool force_positive_pivots = static_defaults().force_positive_pivots;
 };
 
+namespace pencil_detail {
+
+// y += A x for the upper-triangle storage of a symmetric matrix.
+inline void sparse_mult_add(const symmetric_sparse<double>& A, const double* x, double* y) {
+    const auto& ptr = A.pointers();
+    const auto& col = A.columns();
+    for (std::size_t r = 0; r < A.dim(); ++r)
+        for (std::size_t k = ptr[r]; k < ptr[r + 1]; ++k) {
+            const std::size_t c = col[k];
+            y[r] += A[k] * x[c];
+            if (c != r) y[c] += A[k] * x[r];
+        }
+}
+
+}  // namespace pencil_detail
+
 template <class Types, class Settings, class Data>
 class solver_pencil_base : public solver_static_linear<Types, Settings, Data> {
     typedef solver_static_linear<Types, Settings, Data> base;
@@ -73,6 +89,7 @@ protected:
     const Settings& settings() const { return base::settings(); }
 
     const char* B_label_;
+    unsigned B_code_ = 0;  // the matrix code of B
     symmetric_sparse<double> B_pattern_;
     std::uint64_t B_nnz_ = 0;
     Ptr<sparse_type> B_;
@@ -91,6 +108,7 @@ void solver_pencil_base<Types, Settings, Data>::number_with_B(Data& data, unsign
     if (data.error_code) return;
     this->make_total_index(data);
     const std::size_t n = this->free_IDs_->size();
+    B_code_ = matrix_code;
     if (const int rc = make_B_pattern(matrix_code, coupled)) return this->set_error(data, rc, error_text, line);
     size_of_B(data) = n ? (4.0 * double(n + 18 + B_nnz_) + 8.0 * double(B_nnz_)) / 1048576.0 : 0.0;
 }

@@ -19,6 +19,7 @@ class solver_transient_base : public solver_pencil_base<Types, Settings, Data> {
     typedef solver_pencil_base<Types, Settings, Data> base;
 
 public:
+    typedef typename base::sparse_type sparse_type;
     using base::base;
 
 protected:
@@ -114,7 +115,26 @@ template <class Types, class Settings, class Data>
 int solver_transient_base<Types, Settings, Data>::add_product(unsigned matrix_code, const std::vector<double>& x,
                                                               std::vector<double>& r, double multiplier) {
     const std::size_t n = this->total_IDs_->size(), n_free = this->free_IDs_->size();
-    DOF_vector X(this->total_IDs_, external_view(const_cast<double*>(x.data()), n));
+    // The free columns by the assembled matrix (Ks or B), the eliminated ones by the
+    // models, only when they hold values: a step costs a sparse product, not an
+    // assembly.
+    const sparse_type* S = matrix_code == this->stiffness_code_ ? this->Ks_.get()
+                           : matrix_code == this->B_code_       ? this->B_.get()
+                                                                : nullptr;
+    std::vector<double> eliminated;
+    const std::vector<double>* by_models = &x;
+    if (S && n_free) {
+        std::vector<double> y(n_free, 0.0);
+        pencil_detail::sparse_mult_add(S->matrix(), x.data(), y.data());
+        for (std::size_t i = 0; i < n_free; ++i) r[i] -= multiplier * y[i];
+        bool any = false;
+        for (std::size_t i = n_free; i < n && !any; ++i) any = x[i] != 0.0;
+        if (!any) return 0;
+        eliminated.assign(n, 0.0);
+        std::copy(x.begin() + n_free, x.end(), eliminated.begin() + n_free);
+        by_models = &eliminated;
+    }
+    DOF_vector X(this->total_IDs_, external_view(const_cast<double*>(by_models->data()), n));
     DOF_vector target(this->free_IDs_, external_view(r.data(), n_free));
     return this->add_internal_forces(matrix_code, X, target, multiplier, this->stiffness_params(), this->nbr_threads());
 }
