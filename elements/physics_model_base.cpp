@@ -10,6 +10,7 @@
 
 #include "elements/mesh_material_law.h"
 #include "elements/physics_model_base.h"
+#include "frame/raw_handle.h"
 
 namespace orv {
 namespace fem {
@@ -21,15 +22,8 @@ physics_model_base::physics_model_base() = default;
 unsigned physics_model_base::get_family_code() const { return engine() ? engine()->get_family_code() : 0; }
 unsigned physics_model_base::get_physics_code() const { return engine() ? engine()->get_physics_code() : 0; }
 
-namespace {
-// A bare handle on an engine object, to narrow into a typed handle.
-struct raw_handle : base_class {
-    explicit raw_handle(ref_counted* p) : base_class(p) {}
-};
-}  // namespace
-
 law_base physics_model_base::get_material() const {
-    raw_handle h(engine() ? engine()->get_law().get() : nullptr);
+    detail::raw_handle h(engine() ? engine()->get_law().get() : nullptr);
     return law_base(h);
 }
 
