@@ -941,6 +941,54 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block_columns(cons
     }
 }
 
+void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::backward_block_parallel(const block_type& blk, double* y,
+                                                                             int n_threads) const {
+    const std::size_t n = std::size_t(blk.n_own), f = blk.first(), l = blk.last(), ns = blk.nbr_segments();
+    const segment_type* tab = blk.table();
+    // Rows [lo, hi) take, for the segments k0 > k >= k1 in that order, the part of each
+    // update that falls in them: rows [to, to + h) of segment k get -y[c] times it.
+    auto update_rows = [&](std::size_t lo, std::size_t hi, std::size_t k0, std::size_t k1) {
+        for (std::size_t k = k0; k-- > k1;) {
+            const double* begin = blk.seg_begin(k);
+            const std::size_t h = std::size_t(tab[k].end - begin);
+            if (!h) continue;
+            const std::size_t c = std::size_t(tab[k].column), to = (k < n ? c : l) - h;
+            const std::size_t r0 = std::max(lo, to), r1 = std::min(hi, to + h);
+            if (r0 < r1) kernels::axpy(r1 - r0, -y[c], begin + (r0 - to), y + r0);
+        }
+    };
+    // Row ranges of about `grain` rows, handed out dynamically: the cut does not
+    // change what any row receives.
+    auto in_parallel = [&](std::size_t lo, std::size_t hi, std::size_t k0, std::size_t k1) {
+        const std::size_t rows = hi - lo, grain = 2048;
+        const std::ptrdiff_t pieces = std::ptrdiff_t((rows + grain - 1) / grain);
+        const int t = int(std::min<std::ptrdiff_t>(pieces, n_threads));
+#pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
+        for (std::ptrdiff_t p = 0; p < pieces; ++p)
+            update_rows(lo + std::size_t(p) * grain, std::min(hi, lo + std::size_t(p + 1) * grain), k0, k1);
+    };
+    // The extra columns (ancestors, final already) update rows of this block only.
+    if (ns > n) in_parallel(f, l, ns, n);
+    // The own columns by panels from the last: first the rows of the panel itself,
+    // one column after the other (each waits for the updates of the columns after it),
+    // then the rows below the panel, shared out.
+    const std::size_t panel = 64;
+    for (std::size_t k1 = n; k1 > 0;) {
+        const std::size_t k0 = k1, kp = k1 > panel ? k1 - panel : 0;
+        const std::size_t c0 = f + kp;
+        std::size_t lowest = c0;
+        for (std::size_t k = k0; k-- > kp;) {
+            const double* begin = blk.seg_begin(k);
+            const std::size_t h = std::size_t(tab[k].end - begin);
+            const std::size_t c = f + k, to = c - h;
+            lowest = std::min(lowest, to);
+            update_rows(std::max(to, c0), c, k + 1, k);
+        }
+        if (lowest < c0) in_parallel(lowest, c0, k0, kp);
+        k1 = kp;
+    }
+}
+
 double symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::forward_sweep(double* y, bool diagonal, int n_threads) const {
     assert((factored_ || dimension() == 0) && "solve on an unfactored matrix");
     double energy = 0;
@@ -1064,6 +1112,17 @@ void symmetric_L_D_Lt<symmetric_hybrid_OOC<double>>::solve_backward(double* y, i
     for (std::size_t lv = by_level.size(); lv-- > 0;) {
         const std::vector<std::uint64_t>& blocks = by_level[lv];
         const int t = int(std::min<std::size_t>(blocks.size(), std::size_t(n_threads)));
+        // A level of fewer blocks than threads shares its big blocks' rows instead.
+        if (t < n_threads) {
+            for (std::uint64_t b : blocks) {
+                const block_type& blk = block(b);
+                if (blk.values.size() >= 65536)
+                    backward_block_parallel(blk, y, n_threads);
+                else
+                    backward_block(blk, y);
+            }
+            continue;
+        }
 #pragma omp parallel for num_threads(t) schedule(dynamic, 1) if (t > 1)
         for (std::ptrdiff_t i = 0; i < std::ptrdiff_t(blocks.size()); ++i)
             backward_block(block(blocks[std::size_t(i)]), y);

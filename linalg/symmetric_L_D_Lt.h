@@ -111,6 +111,10 @@ private:
     // Single-vector forward sweep, serial or by levels of the block tree.
     double forward_sweep(double* y, bool diagonal, int n_threads) const;
     void backward_block(const block_type& blk, double* y) const;
+    // backward_block on n_threads threads for a big block: the updates of each row are
+    // cut into row ranges that the threads share, in the order of the one-thread
+    // sweep for every row (the same bits).
+    void backward_block_parallel(const block_type& blk, double* y, int n_threads) const;
     // The same sweeps of one block for the columns [j0, j1) of Y (leading dimension
     // ldy), segment by segment: a segment serves every column while it is in cache,
     // and each column gets the operations of the one-column sweep in their order (the
