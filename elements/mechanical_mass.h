@@ -131,6 +131,26 @@ public:
         return total > 0.0 && std::isfinite(total) ? fem::no_error : fem::error_element;
     }
 
+    // f_i += integral of q N_i, times the law's value at each point when a law is
+    // given (a convection coefficient times the surroundings' temperature q).
+    // error_element when that value is not a positive finite number.
+    int load_vector(const law_scalar* law, std::uint32_t element, const double (*X)[3], double q, double* f) const {
+        for (unsigned p = 0; p < table.nbr_points; ++p) {
+            double c = 1.0;
+            if (law) {
+                law_key key;
+                key.element = element;
+                key.point = table.point[p].ID;
+                const dense1D<double> data = law->get_data_ref(key);
+                c = data.size() > 0 ? data[0] : 0.0;
+                if (!(c > 0.0) || !std::isfinite(c)) return fem::error_element;
+            }
+            const double w = weight(p, X) * c * q;
+            for (unsigned i = 0; i < NN; ++i) f[i] += w * table.N[p][i];
+        }
+        return fem::no_error;
+    }
+
     // The nodal matrix of the least-squares run: the same integral without density.
     void nodal_matrix(const double (*X)[3], double* m) const {
         for (unsigned p = 0; p < table.nbr_points; ++p) {

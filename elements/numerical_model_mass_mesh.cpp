@@ -106,6 +106,16 @@ bool lump_element_matrix(element_workspace& ws) {
     return true;
 }
 
+bool mass_mesh_base::accepts_load(const fem::elementary_load& record) const {
+    if (!physics()) return false;
+    const unsigned family = physics()->get_family_code(), kind = record.kind & 0xF8u;
+    if (family >= heat_conduction_1d::family_code && family <= heat_conduction_3d::family_code)
+        return kind == fem::elementary_load::kind_heat_flux;
+    if (family == heat_convection_1d::family_code || family == heat_convection_2d::family_code)
+        return kind == fem::elementary_load::kind_heat_exchange;
+    return false;
+}
+
 namespace {
 
 const char* mass_physics_name(unsigned family) {

@@ -23,8 +23,11 @@ public:
     // The physics' matrix only (the mass, code 2, for a mass physics); code 9 goes its
     // own way.
     bool has_matrix(unsigned matrix_code) const override { return physics() && matrix_code == mass()->matrix_code(); }
-    // Mass meshes take no load.
-    bool accepts_load(const fem::elementary_load&) const override { return false; }
+    // Heat meshes take the heat loads of their physics: a conduction mesh a flux or
+    // source (kind 72, per unit of the element's measure), a convection mesh the
+    // temperature of the surroundings (kind 64), which its coefficient turns into a
+    // flux. Mass meshes take none.
+    bool accepts_load(const fem::elementary_load& record) const override;
     bool has_internal_states() const override { return false; }
     // A mass has no material frame: the identity, for an element in range.
     int get_local_basis(const dense2D<double>& pos, std::uint32_t element,
@@ -78,6 +81,29 @@ public:
             return rc;
         }
         return finish_element(ws, NN, nd, local, m);
+    }
+
+    int compute_load(const fem::elementary_load& record, element_workspace& ws) override {
+        unsigned nodes[NN];
+        double X[NN][3];
+        unsigned local[NN * max_ND];
+        ws.reset_vector();
+        const unsigned nd = physics_ ? physics_->nbr_DOF_slots() : 0;
+        if (nd != 1) return 0;
+        int rc = prepare_element(ws, NN, nd, nodes, X, local, Server::planar);
+        if (rc) return rc;
+        if (!accepts_load(record) || record.values.empty()) return 0;
+        const bool exchange = (record.kind & 0xF8u) == fem::elementary_load::kind_heat_exchange;
+        double f[NN] = {};
+        rc = server_.load_vector(exchange ? mass()->density() : nullptr, global_element(ws.element_ID), X,
+                                 record.values[0], f);
+        if (rc) return rc;
+        if (!ws.init_vector()) {
+            ws.reset();
+            return fem::error_memory;
+        }
+        scatter_vector(ws, NN, local, f);
+        return 0;
     }
 
 private:

@@ -8,6 +8,7 @@
 
 #include <orv/fem/DOFs_mgr.h>
 #include <orv/fem/context.h>
+#include <orv/fem/elementary_load.h>
 #include <orv/fem/evolution_funcs_mgr.h>
 #include <orv/fem/law_scalar.h>
 #include <orv/fem/law_solid_stiff.h>
@@ -168,15 +169,18 @@ TEST(HeatStatic, CoolingFinAgainstClosedForm) {
     EXPECT_EQ(o.data.energy.size(), 0u);
 }
 
-// A bar held at 0 at both ends with a uniform heat source q per length (consistent
-// nodal loads q h / 2 at each end of each element): T = q x (L - x) / (2 kA), exact at
-// the nodes of linear elements.
-TEST(HeatStatic, HeatedBarIsExactAtTheNodes) {
+// A bar held at 0 at both ends with a uniform heat source q per length, an element
+// load on the conduction mesh: T = q x (L - x) / (2 kA), exact at the nodes of linear
+// elements. With convection to surroundings at T_inf (an exchange load on the
+// convection mesh) and no source, the bar held at T_inf everywhere is the solution.
+TEST(HeatStatic, SourceAndSurroundingsAsElementLoads) {
     const unsigned n = 8;
-    const double L = 4.0, kA = 2.0, q = 3.0, h = L / n;
+    const double L = 4.0, kA = 2.0, q = 3.0;
     bar b(n, 1, L, kA, 0.0);
     fem::loads_mgr loads = b.problem.get_loads_mgr(0);
-    for (unsigned i = 0; i <= n; ++i) loads.record_DOF_load(9 * i + 6, (i == 0 || i == n) ? q * h / 2 : q * h);
+    const fem::elementary_load source(fem::elementary_load::kind_heat_flux, fem::elementary_load::type_scalar,
+                                      dense1D<double>(1, q));
+    ASSERT_EQ(loads.record_NM_load(b.held[0].ID(), 0xFFFFFFFEu, source), fem::no_error);
     loads.record_DOF_prescribed_value(6, 0.0);
     loads.record_DOF_prescribed_value(9 * n + 6, 0.0);
     outcome o;
@@ -186,6 +190,16 @@ TEST(HeatStatic, HeatedBarIsExactAtTheNodes) {
         const double x = b.pos(0, i);
         EXPECT_NEAR(temperature(o, i), q * x * (L - x) / (2 * kA), 1e-12);
     }
+
+    const double T_inf = 25.0;
+    bar c(n, 2, L, kA, 5.0);
+    const fem::elementary_load surroundings(fem::elementary_load::kind_heat_exchange, fem::elementary_load::type_scalar,
+                                            dense1D<double>(1, T_inf));
+    ASSERT_EQ(c.problem.get_loads_mgr(0).record_NM_load(c.held[1].ID(), 0xFFFFFFFEu, surroundings), fem::no_error);
+    outcome p;
+    run(c.problem, p);
+    ASSERT_EQ(p.data.error_code, 0) << p.data.error_msg;
+    for (unsigned i = 0; i < c.pos.cols(); ++i) EXPECT_NEAR(temperature(p, i), T_inf, 1e-10);
 }
 
 TEST(HeatStatic, BadHeatModelsGetTheirCodes) {
