@@ -29,18 +29,16 @@ public:
     enum : int { line_Kd = 201, line_loop = 600 };
 
     explicit solver_Newmark(const Settings* settings)
-        : base(settings, Newmark_identity, "  Size matrix Kd         : ") {}
+        : base(settings, Newmark_identity, "  Size matrix Kd         : ", "  Size matrix Kf         : ") {}
 
 protected:
     void clear_inputs(Data& data) override;
     void numbering(Data& data) override;
-    void log_sizes(Data& data) override;
-    double needed_size(Data& data) override;
     void compute(Data& data) override;
     double& size_of_B(Data& data) override { return data.size_Ms; }
     fem::FEM_SymSparse& record_of_B(Data& data) override { return data.Ms; }
+    double& size_of_outputs(Data& data) override { return data.size_outputs; }
 
-    void assemble_mass(Data& data);
     // Kf := k K + m M, factored under the run's pivot policy.
     void factorize_combination(Data& data, double k, double m);
     void time_loop(Data& data);
@@ -58,53 +56,16 @@ void solver_Newmark<Types, Settings, Data>::clear_inputs(Data& data) {
 
 template <class Types, class Settings, class Data>
 void solver_Newmark<Types, Settings, Data>::numbering(Data& data) {
-    const Settings& s = settings();
-    this->plan_steps(s.t_start, s.t_end, s.dt, s.output_period, s.output_kind);
-    this->number_with_B(data, fem::matrix_M, true, false, "Kd assembly error.", line_Kd);
-    this->need_U_ = this->need_F_ = false;  // the loop keeps its own states
-    if (data.error_code) return;
-    const double per_output = s.output_kind == 256 ? 1.0 : 3.0;
-    data.size_outputs = double(this->total_IDs_->size()) * double(this->nbr_outputs_) * per_output * 8.0 / 1048576.0;
-}
-
-template <class Types, class Settings, class Data>
-void solver_Newmark<Types, Settings, Data>::log_sizes(Data& data) {
-    base::log_sizes(data);
-    this->log_size(2, "  Size matrix Kf         : ", static_cast<unsigned long long>(this->Kf_profile_), data.size_Kf);
-    this->log_size(2, "  Size matrix outputs    : ",
-                   static_cast<unsigned long long>(data.size_outputs * 1048576.0 / 8.0 + 0.5), data.size_outputs);
-}
-
-template <class Types, class Settings, class Data>
-double solver_Newmark<Types, Settings, Data>::needed_size(Data& data) {
-    const double need = base::needed_size(data);
-    data.size_total += data.size_outputs;
-    return need + data.size_outputs;
+    this->number_for_steps(data, fem::matrix_M, settings().output_kind == 256 ? 1 : 3, "Kd assembly error.", line_Kd);
 }
 
 template <class Types, class Settings, class Data>
 void solver_Newmark<Types, Settings, Data>::compute(Data& data) {
     this->assemble_stiffness(data);
     this->assemble_penalties(data);
-    assemble_mass(data);
+    this->assemble_B(data, data.Ms, 1, "Numerical assembly matrix Kd       : %10.2f s.\n", "Kd assembly error.",
+                     line_Kd, line_Kd);
     time_loop(data);
-}
-
-template <class Types, class Settings, class Data>
-void solver_Newmark<Types, Settings, Data>::assemble_mass(Data& data) {
-    if (data.error_code || this->stop_requested(data)) return;
-    this->step(data, data.time_assembly, "Numerical assembly matrix Kd       : %10.2f s.\n", [&] {
-        if (!this->allocate_B(data, data.Ms, line_Kd)) return;
-        if (this->free_IDs_->size() == 0) return;
-        matrix_sym_assembler<sparse_type> a(*this->B_, 1.0);
-        assembly_args args;
-        args.params = this->stiffness_params();
-        args.matrix_assembler = &a;
-        args.matrix_level = 1;
-        args.pos = &this->problem_->get_pos();
-        const int rc = this->model_->assemble_matrix(fem::matrix_M, args);
-        if (rc) this->set_error(data, rc, "Kd assembly error.", line_Kd);
-    });
 }
 
 template <class Types, class Settings, class Data>

@@ -29,7 +29,7 @@ public:
     enum : int { line_Md = 201, line_loop = 600 };
 
     explicit solver_heat_dynamic_linear(const Settings* settings)
-        : base(settings, heat_dynamic_identity, "  Size matrix Md         : ") {
+        : base(settings, heat_dynamic_identity, "  Size matrix Md         : ", "  Size matrix Mf         : ") {
         this->stiffness_code_ = fem::matrix_conduction;
         this->temperatures_ = true;
     }
@@ -37,14 +37,12 @@ public:
 protected:
     void clear_inputs(Data& data) override;
     void numbering(Data& data) override;
-    void log_sizes(Data& data) override;
-    double needed_size(Data& data) override;
     void compute(Data& data) override;
     bool make_resident(Data& data) override;
     double& size_of_B(Data& data) override { return data.size_Md; }
     fem::FEM_SymSparse& record_of_B(Data& data) override { return data.Md; }
+    double& size_of_outputs(Data& data) override { return data.size_outputs; }
 
-    void assemble_capacity(Data& data);
     // Kf := M + a K, factored under the run's pivot policy.
     void factorize_step_matrix(Data& data, double a);
     void time_loop(Data& data);
@@ -62,53 +60,17 @@ void solver_heat_dynamic_linear<Types, Settings, Data>::clear_inputs(Data& data)
 
 template <class Types, class Settings, class Data>
 void solver_heat_dynamic_linear<Types, Settings, Data>::numbering(Data& data) {
-    const Settings& s = settings();
-    this->plan_steps(s.t_start, s.t_end, s.dt, s.output_period, s.output_kind);
-    this->number_with_B(data, fem::matrix_capacity, true, false, "Md assembly error.", line_Md);
-    this->need_U_ = this->need_F_ = false;  // the loop keeps its own states
-    if (data.error_code) return;
-    const double n = double(this->total_IDs_->size());
-    data.size_outputs = n * double(this->nbr_outputs_) * (s.output_kind == 512 ? 2.0 : 1.0) * 8.0 / 1048576.0;
-}
-
-template <class Types, class Settings, class Data>
-void solver_heat_dynamic_linear<Types, Settings, Data>::log_sizes(Data& data) {
-    base::log_sizes(data);
-    this->log_size(2, "  Size matrix Mf         : ", static_cast<unsigned long long>(this->Kf_profile_), data.size_Kf);
-    this->log_size(2, "  Size matrix outputs    : ",
-                   static_cast<unsigned long long>(data.size_outputs * 1048576.0 / 8.0 + 0.5), data.size_outputs);
-}
-
-template <class Types, class Settings, class Data>
-double solver_heat_dynamic_linear<Types, Settings, Data>::needed_size(Data& data) {
-    const double need = base::needed_size(data);
-    data.size_total += data.size_outputs;
-    return need + data.size_outputs;
+    this->number_for_steps(data, fem::matrix_capacity, settings().output_kind == 512 ? 2 : 1, "Md assembly error.",
+                           line_Md);
 }
 
 template <class Types, class Settings, class Data>
 void solver_heat_dynamic_linear<Types, Settings, Data>::compute(Data& data) {
     this->assemble_stiffness(data);
     this->assemble_penalties(data);
-    assemble_capacity(data);
+    this->assemble_B(data, data.Md, 1, "Numerical assembly matrix Md       : %10.2f s.\n", "Md assembly error.",
+                     line_Md, line_Md);
     time_loop(data);
-}
-
-template <class Types, class Settings, class Data>
-void solver_heat_dynamic_linear<Types, Settings, Data>::assemble_capacity(Data& data) {
-    if (data.error_code || this->stop_requested(data)) return;
-    this->step(data, data.time_assembly, "Numerical assembly matrix Md       : %10.2f s.\n", [&] {
-        if (!this->allocate_B(data, data.Md, line_Md)) return;
-        if (this->free_IDs_->size() == 0) return;
-        matrix_sym_assembler<sparse_type> a(*this->B_, 1.0);
-        assembly_args args;
-        args.params = this->stiffness_params();
-        args.matrix_assembler = &a;
-        args.matrix_level = 1;
-        args.pos = &this->problem_->get_pos();
-        const int rc = this->model_->assemble_matrix(fem::matrix_capacity, args);
-        if (rc) this->set_error(data, rc, "Md assembly error.", line_Md);
-    });
 }
 
 template <class Types, class Settings, class Data>

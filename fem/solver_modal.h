@@ -104,21 +104,13 @@ void solver_modal<Types, Settings, Data>::compute(Data& data) {
 
 template <class Types, class Settings, class Data>
 void solver_modal<Types, Settings, Data>::assemble_mass(Data& data) {
-    this->step(data, data.time_assembly, "Numerical assembly matrix Ms       : %10.2f s.\n", [&] {
-        if (!this->allocate_B(data, data.Ms, line_Ms_allocation)) return;
-        if (this->free_IDs_->size() == 0) return;
-        matrix_sym_assembler<sparse_type> a(*this->B_, 1.0);
-        assembly_args args;
-        args.params = this->stiffness_params();
-        args.matrix_assembler = &a;
-        args.matrix_level = int(settings().mass_level);
-        args.pos = &this->problem_->get_pos();
-        const int rc = this->model_->assemble_matrix(fem::matrix_M, args);
-        if (rc) return this->set_error(data, rc, "Ms assembly error.", line_Ms_assembly);
-        // Without any mass there is no eigenproblem to solve.
-        if ((settings().output_mask & fem::mask_modes) && is_zero_throughout(*this->B_))
-            this->set_error(data, fem::error_data, "DATA ERROR", line_no_mass);
-    });
+    if (!this->assemble_B(data, data.Ms, int(settings().mass_level), "Numerical assembly matrix Ms       : %10.2f s.\n",
+                          "Ms assembly error.", line_Ms_allocation, line_Ms_assembly))
+        return;
+    // Without any mass there is no eigenproblem to solve.
+    if ((settings().output_mask & fem::mask_modes) && this->B_ && this->free_IDs_->size() &&
+        is_zero_throughout(*this->B_))
+        this->set_error(data, fem::error_data, "DATA ERROR", line_no_mass);
 }
 
 // The count of modes in the range and the size of the Ritz space.

@@ -82,6 +82,11 @@ protected:
     // Allocates B on its pattern and publishes it in `out`; false (error set) when
     // memory fails.
     bool allocate_B(Data& data, fem::FEM_SymSparse& out, int line);
+    // B allocated (published in `out`; a failure at alloc_line) and assembled from its
+    // matrix code at matrix_level (a failure with error_text at line), the time going
+    // to time_assembly under `title`. False when the run has an error after it.
+    bool assemble_B(Data& data, fem::FEM_SymSparse& out, int matrix_level, const char* title, const char* error_text,
+                    int alloc_line, int line);
     // Kf := k Ks + b B, not factored.
     void fill_Kf(double k, double b);
     void release_B();
@@ -179,6 +184,26 @@ void solver_pencil_base<Types, Settings, Data>::fill_Kf(double k, double b) {
     skyline_type view(this->free_IDs_, static_cast<const symmetric_hybrid_OOC<double>&>(K));
     if (k != 0.0) this->scatter_Ks_into_Kf(*this->Ks_, view, k);
     if (b != 0.0) this->scatter_Ks_into_Kf(*B_, view, b);
+}
+
+template <class Types, class Settings, class Data>
+bool solver_pencil_base<Types, Settings, Data>::assemble_B(Data& data, fem::FEM_SymSparse& out, int matrix_level,
+                                                           const char* title, const char* error_text, int alloc_line,
+                                                           int line) {
+    if (data.error_code || this->stop_requested(data)) return false;
+    this->step(data, data.time_assembly, title, [&] {
+        if (!allocate_B(data, out, alloc_line)) return;
+        if (this->free_IDs_->size() == 0) return;
+        matrix_sym_assembler<sparse_type> a(*B_, 1.0);
+        assembly_args args;
+        args.params = this->stiffness_params();
+        args.matrix_assembler = &a;
+        args.matrix_level = matrix_level;
+        args.pos = &this->problem_->get_pos();
+        const int rc = this->model_->assemble_matrix(B_code_, args);
+        if (rc) this->set_error(data, rc, error_text, line);
+    });
+    return !data.error_code;
 }
 
 template <class Types, class Settings, class Data>

@@ -20,9 +20,39 @@ class solver_transient_base : public solver_pencil_base<Types, Settings, Data> {
 
 public:
     typedef typename base::sparse_type sparse_type;
-    using base::base;
+    // B_label, Kf_label: the size lines of B and of the factor in the log.
+    solver_transient_base(const Settings* settings, const solver_identity& id, const char* B_label,
+                          const char* Kf_label)
+        : base(settings, id, B_label), Kf_label_(Kf_label) {}
 
 protected:
+    // The size of the outputs in the record.
+    virtual double& size_of_outputs(Data& data) = 0;
+
+    void log_sizes(Data& data) override {
+        base::log_sizes(data);
+        this->log_size(2, Kf_label_, static_cast<unsigned long long>(this->Kf_profile_), data.size_Kf);
+        const double outputs = size_of_outputs(data);
+        this->log_size(2,
+                       "  Size matrix outputs    : ", static_cast<unsigned long long>(outputs * 1048576.0 / 8.0 + 0.5),
+                       outputs);
+    }
+    double needed_size(Data& data) override {
+        const double need = base::needed_size(data);
+        data.size_total += size_of_outputs(data);
+        return need + size_of_outputs(data);
+    }
+    // The steps, the numbering with B on matrix_code, and the size of the outputs of
+    // per_output columns each; the loop keeps its own states (no F, no U).
+    void number_for_steps(Data& data, unsigned matrix_code, std::size_t per_output, const char* error_text, int line) {
+        const Settings& s = this->settings();
+        plan_steps(s.t_start, s.t_end, s.dt, s.output_period, s.output_kind);
+        this->number_with_B(data, matrix_code, true, false, error_text, line);
+        this->need_U_ = this->need_F_ = false;
+        if (data.error_code) return;
+        size_of_outputs(data) = double(this->total_IDs_->size()) * double(nbr_outputs_ * per_output) * 8.0 / 1048576.0;
+    }
+
     // The steps and outputs of a run over [t_start, t_end] by dt: output kinds 256 and
     // 512 keep every period-th step, any other kind the last step only.
     void plan_steps(double t_start, double t_end, double dt, unsigned period, unsigned kind) {
@@ -76,6 +106,7 @@ protected:
     // Solves with Kf in place on the free rows of x.
     void solve_free(std::vector<double>& x);
 
+    const char* Kf_label_;
     std::size_t nbr_steps_ = 0, nbr_outputs_ = 0, every_ = 1;
 };
 
